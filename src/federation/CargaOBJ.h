@@ -1,0 +1,27 @@
+#pragma once
+
+#include "scene/Node.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace teskal {
+
+// Reads the Wavefront OBJ that the converter wrote into one unnamed model root
+// with one child node per group that has faces, named by the group (the IFC
+// element's Name). Faces become triangle fans; vertices are unrolled per
+// triangle corner. The MTL file is never read. Gives nullptr when the file
+// can't be read as UTF-8 or holds no faces.
+std::shared_ptr<Node> cargarOBJ(const std::string& ruta);
+std::shared_ptr<Node> cargarOBJTexto(std::string_view texto);
+
+// The material a loaded element gets: diffuse white 0.75, Phong.
+std::shared_ptr<Material> materialPorDefectoOBJ(bool dobleCara);
+
+// Gives every geometry below the model root a usable material: a missing one
+// is added (white 0.75, Phong, single-sided); an existing one without diffuse
+// contents gets white 0.75, and every one is set to Phong.
+void normalizarMateriales(Node& modelo);
+
+} // namespace teskal

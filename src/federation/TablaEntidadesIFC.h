@@ -1,0 +1,91 @@
+#pragma once
+
+#include "federation/TiposIFC.h"
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace teskal {
+
+// One entity of the table: its instance number, recognised type and the text
+// between its outer parentheses.
+struct EntidadIFC {
+    std::int64_t id = 0;
+    std::string_view args;
+    TipoIFC tipo = TipoIFC::Otro;
+};
+
+// The table of one scan: instance number to entity, private to one reader
+// call. Only entities of the types a reader asks for are kept, but every
+// numbered statement claims its number, so a statement that repeats a number
+// replaces the earlier one whether or not it is kept. Argument texts point
+// into the scanned text, or into the table for statements that spanned lines.
+class TablaEntidadesIFC {
+public:
+    template <class Conservar> TablaEntidadesIFC(std::string_view texto, Conservar conservar);
+
+    // Kept entities in file order, replaced ones included: see vigente().
+    const std::vector<EntidadIFC>& entidades() const { return entidades_; }
+    // False for an entity whose number a later statement took.
+    bool vigente(std::size_t i) const { return indice(entidades_[i].id) == static_cast<std::int32_t>(i); }
+    const EntidadIFC* buscar(std::int64_t id) const {
+        const std::int32_t i = indice(id);
+        return i >= 0 ? &entidades_[static_cast<std::size_t>(i)] : nullptr;
+    }
+
+private:
+    void registrar(std::int64_t id, std::int32_t valor);
+    std::int32_t indice(std::int64_t id) const {
+        if (id >= 0 && static_cast<std::uint64_t>(id) < denso_.size())
+            return denso_[static_cast<std::size_t>(id)];
+        if (disperso_.empty()) return -1;
+        const auto it = disperso_.find(id);
+        return it == disperso_.end() ? -1 : it->second;
+    }
+
+    std::vector<EntidadIFC> entidades_;
+    std::vector<std::int32_t> denso_; // by number, for the numbers most files use
+    std::size_t limiteDenso_ = 0;
+    std::unordered_map<std::int64_t, std::int32_t> disperso_;
+    std::deque<std::string> unidas_; // kept statements that spanned lines
+};
+
+} // namespace teskal
+
+#include "federation/TextoSTEP.h"
+
+namespace teskal {
+
+template <class Conservar>
+TablaEntidadesIFC::TablaEntidadesIFC(std::string_view texto, Conservar conservar) {
+    // Real files number their statements densely from 1; a number beyond this
+    // goes to the sparse map so that a stray huge number costs no memory.
+    limiteDenso_ = texto.size() / 4 + 1024;
+    PartesEntidad partes;
+    recorrerSentenciasSTEP(texto, [&](std::string_view sentencia, bool estable) {
+        if (!partirEntidadSTEP(sentencia, partes)) return;
+        const auto id = leerEntero(recortar(partes.numero));
+        if (!id) return;
+        const TipoIFC tipo = clasificarTipoIFC(partes.tipo);
+        if (tipo == TipoIFC::Otro || !conservar(tipo)) {
+            registrar(*id, -1);
+            return;
+        }
+        if (entidades_.size() >= static_cast<std::size_t>(INT32_MAX)) return;
+        std::string_view args = partes.args;
+        if (!estable) {
+            // Re-anchor the arguments in a copy that outlives the scan buffer.
+            const std::size_t desde = static_cast<std::size_t>(args.data() - sentencia.data());
+            unidas_.emplace_back(sentencia);
+            args = std::string_view(unidas_.back()).substr(desde, args.size());
+        }
+        registrar(*id, static_cast<std::int32_t>(entidades_.size()));
+        entidades_.push_back({*id, args, tipo});
+    });
+}
+
+} // namespace teskal

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Small text primitives shared by the IFC and OBJ readers: UTF-8 checks,
+// trimming of blanks and tabs, and number parsing that accepts exactly the
+// whole text or nothing.
+namespace teskal {
+
+// True when the bytes are well-formed UTF-8 (no overlongs, no surrogates,
+// nothing past U+10FFFF).
+bool esUTF8Valido(std::string_view texto);
+
+// Removes, at both ends, tabs and the Unicode space separators (U+0020,
+// U+00A0, U+1680, U+2000 to U+200A, U+202F, U+205F, U+3000). Line ends and
+// carriage returns stay.
+std::string_view recortar(std::string_view s);
+
+// A decimal integer with an optional sign and nothing else; none on overflow.
+std::optional<std::int64_t> leerEntero(std::string_view s);
+
+// A single-precision number with an optional sign, in decimal (with optional
+// fraction and exponent) or hexadecimal ("0x") notation, or inf, infinity,
+// nan. The whole text must be the number. Out of range gives infinity or zero.
+std::optional<float> leerFloat(std::string_view s);
+
+// Appends the code point in UTF-8. The caller passes only scalar values.
+void anadirUTF8(std::string& destino, char32_t c);
+
+// Upper-cases the text: ASCII directly, anything else by Unicode rules.
+std::string aMayusculas(std::string_view s);
+
+} // namespace teskal
