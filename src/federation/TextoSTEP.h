@@ -73,7 +73,9 @@ template <class F> void recorrerSentenciasSTEP(std::string_view texto, F&& visit
     const char* const fin = p + texto.size();
     while (p <= fin) {
         const char* nl = static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(fin - p)));
+        // A carriage return before the line end belongs to the line end (CRLF files).
         const char* finLinea = nl ? nl : fin;
+        if (finLinea > p && finLinea[-1] == '\r') --finLinea;
         const std::string_view linea = recortar(std::string_view(p, static_cast<std::size_t>(finLinea - p)));
         if (!linea.empty() && linea.front() == '#') {
             entregar();
