@@ -4,6 +4,7 @@
 #include "scene/Material.h"
 
 #include <cstdint>
+#include <glm/vec2.hpp>
 #include <glm/vec3.hpp>
 #include <memory>
 #include <string>
@@ -26,6 +27,7 @@ struct Geometry {
     std::string name;
     std::vector<glm::vec3> vertices;
     std::vector<glm::vec3> normales;
+    std::vector<glm::vec2> coordenadasTextura; // per vertex, or empty
     std::vector<ElementoGeometria> elementos;
     std::vector<std::shared_ptr<Material>> materiales;
 

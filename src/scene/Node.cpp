@@ -109,19 +109,29 @@ glm::mat4 Node::worldTransform() const {
     return m;
 }
 
+namespace {
+
+void incluirTransformada(Box& caja, const Box& b, const glm::mat4& t) {
+    if (b.vacia) return;
+    for (int i = 0; i < 8; ++i) {
+        const glm::vec3 esquina((i & 1) ? b.max.x : b.min.x, (i & 2) ? b.max.y : b.min.y,
+                                (i & 4) ? b.max.z : b.min.z);
+        caja.incluir(glm::vec3(t * glm::vec4(esquina, 1.0f)));
+    }
+}
+
+} // namespace
+
 Box Node::boundingBox() const {
     Box caja;
     if (geometria_) caja.incluir(geometria_->boundingBox());
-    for (const auto& h : hijos_) {
-        const Box b = h->boundingBox();
-        if (b.vacia) continue;
-        const glm::mat4 t = h->transform();
-        for (int i = 0; i < 8; ++i) {
-            const glm::vec3 esquina((i & 1) ? b.max.x : b.min.x, (i & 2) ? b.max.y : b.min.y,
-                                    (i & 4) ? b.max.z : b.min.z);
-            caja.incluir(glm::vec3(t * glm::vec4(esquina, 1.0f)));
-        }
-    }
+    for (const auto& h : hijos_) incluirTransformada(caja, h->boundingBox(), h->transform());
+    return caja;
+}
+
+Box Node::boundingBoxMundo() const {
+    Box caja;
+    incluirTransformada(caja, boundingBox(), worldTransform());
     return caja;
 }
 

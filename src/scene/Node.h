@@ -68,6 +68,8 @@ public:
 
     // Box of the own geometry and of all children, in own coordinates.
     Box boundingBox() const;
+    // The same box carried into world coordinates (its eight corners).
+    Box boundingBoxMundo() const;
 
     // Ties this subtree (nodes and materials) to a scene's counters.
     void vincularContadores(const std::shared_ptr<SceneCounters>& c);

@@ -1,0 +1,138 @@
+#pragma once
+
+#include "federation/Especialidades.h"
+#include "federation/GlobalIdsIFC.h"
+#include "federation/GrillasIFC.h"
+#include "federation/PropiedadesIFC.h"
+#include "scene/ColoresSistema.h"
+#include "scene/Node.h"
+
+#include <QObject>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace teskal {
+
+struct ModeloConvertido;
+
+// A model named by its discipline and id, with its name for the alert.
+struct ReferenciaModelo {
+    std::string clave;
+    std::string id;
+    std::string nombre;
+};
+
+// Names of the commands that menus post and the workspace handles.
+namespace notificaciones {
+inline constexpr const char* abrirIFC = "com.teskal.abrirIFC";
+inline constexpr const char* guardarProyecto = "com.teskal.guardarProyecto";
+inline constexpr const char* abrirProyecto = "com.teskal.abrirProyecto";
+inline constexpr const char* abrirQTO = "com.teskal.abrirQTO";
+inline constexpr const char* exportarPaquete = "com.teskal.exportarPaquete";
+inline constexpr const char* importarPaquete = "com.teskal.importarPaquete";
+} // namespace notificaciones
+
+// The workspace: owns every field the window draws, runs the commands, and
+// signals `changed` after each. All of it lives on the main thread; long work
+// goes to the thread pool on copies and comes back through one queued call.
+class ContentView : public QObject {
+    Q_OBJECT
+public:
+    explicit ContentView(std::string carpetaPrograma, QObject* parent = nullptr);
+    ~ContentView() override;
+
+    // Model federation.
+    std::string fileName = "Ningún archivo seleccionado";
+    bool showFilePicker = false;
+    bool isProcessing = false;
+    Scene scene;
+    std::vector<std::string> ordenEspecialidades = ordenEspecialidadesPorDefecto();
+    std::map<std::string, EspecialidadBIM> especialidades = especialidadesPorDefecto();
+    std::string seleccionActual = "ARQ";
+    PropiedadesPorEspecialidad propiedadesIFC;
+    std::map<std::string, GlobalIdsPorNombre> globalIdsPorEsp; // no path fills it
+    GlobalIdsPorNombre globalIdXorBase, globalIdXorNuevo;
+    std::vector<EjeGrilla> grillasIFC;
+    std::shared_ptr<Node> nodoGrillasIFC;
+    bool mostrarNuevaEsp = false;
+    std::string nuevaEspNombre;
+    std::string nuevaEspIcono = "folder";
+    Color nuevaEspColor = colores::teal;
+    std::optional<std::string> modeloResaltadoId;
+    std::vector<std::shared_ptr<Node>> nodosResaltados;
+    std::optional<std::string> colorPickerKey;
+    Color colorPickerColor = colores::gris;
+    std::optional<ReferenciaModelo> modeloPendienteEliminar;
+    std::optional<ReferenciaModelo> modeloEditandoTransformacion;
+    TransformacionModelo transformacionEditando;
+
+    // Reporting.
+    std::optional<std::string> errorMessage;
+    bool showError = false;
+
+    // The converter the links run; found beside the program at start-up.
+    std::string rutaConversor;
+
+    // The one error channel: a complete sentence, then the alert.
+    void mostrarError(std::string mensaje);
+    void cerrarError();
+
+    // Menu commands arrive here by name.
+    void recibirNotificacion(const std::string& nombre);
+
+    // Linking (the picker and the road of one file).
+    void vincularIFC(const std::string& clave);
+    // The picker's outcome: a failure text, an empty selection, or paths.
+    void archivosElegidos(const std::vector<std::string>& rutas, const std::string& falloSelector = {});
+    void convertirYVincular(const std::string& ruta);
+
+    // Disciplines.
+    void abrirNuevaEspecialidad();
+    void agregarEspecialidad();
+    void abrirColor(const std::string& clave);
+    void aplicarColor(const Color& color);
+    void cancelarColor();
+    void alternarEspecialidad(const std::string& clave);
+    void desvincularTodos(const std::string& clave);
+    void aplicarColores() { recolorearModelos(); }
+
+    // Models.
+    void alternarModelo(const std::string& clave, const std::string& id);
+    void fijarTransparencia(const std::string& clave, const std::string& id, double transparencia);
+    void abrirTransformacion(const std::string& clave, const std::string& id);
+    void aplicarTransformacion(const std::string& clave, const std::string& id, const TransformacionModelo& t);
+    void cerrarTransformacion();
+    void pedirEliminarModelo(const std::string& clave, const std::string& id);
+    void confirmarEliminarModelo();
+    void cancelarEliminarModelo();
+    void resaltarModelo(const std::string& clave, const std::string& id);
+
+    // Scene assembly.
+    void integrarModelo(ModeloConvertido convertido, const std::string& rutaOrigen, const std::string& rutaSalida);
+    void recolorearModelos();
+    void reconstruirGrillas();
+    void actualizarPiso();
+    static void configurarLuces(Scene& escena);
+
+    // Lookups the window and tests share.
+    const ModeloVinculado* buscarModelo(const std::string& clave, const std::string& id) const;
+    bool hayModelos() const;
+
+signals:
+    void changed();
+    // The camera should frame this box (a model's, or the whole scene's).
+    void encuadrarCaja(const teskal::Box& caja);
+    void encuadrarEscena();
+
+private:
+    ModeloVinculado* buscarModeloMutable(const std::string& clave, const std::string& id);
+    void pintarModelo(const ModeloVinculado& m, const Color& color, bool conOpacidad);
+    void limpiarResaltado();
+
+    std::string carpetaPrograma_;
+};
+
+} // namespace teskal

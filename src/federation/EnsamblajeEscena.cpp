@@ -1,0 +1,233 @@
+// The scene's assembly on the main thread: a converted model under its
+// discipline, the colours of all models, the grid lines, the floor, the lights.
+#include "federation/ContentView.h"
+
+#include "federation/ConversionIFC.h"
+
+#include <QTimer>
+#include <QUuid>
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <glm/geometric.hpp>
+
+namespace teskal {
+
+namespace {
+
+constexpr const char* nombrePiso = "_TESKAL_Piso";
+constexpr const char* nombreLuzDir = "_TESKAL_LuzDir";
+constexpr const char* nombreLuzAmb = "_TESKAL_LuzAmb";
+
+// The floor tile: purple fill with a half-white line of 1.5 along its left and
+// bottom edges, so that the repeated tile draws a one-metre grid.
+std::shared_ptr<const ImagenRGBA> imagenBaldosa() {
+    constexpr int lado = 128;
+    auto img = std::make_shared<ImagenRGBA>();
+    img->ancho = img->alto = lado;
+    img->pixeles.resize(lado * lado * 4);
+    const float fondo[3] = {0.30f, 0.26f, 0.52f};
+    // A stroke 1.5 wide centred on the edge covers three quarters of the edge
+    // pixels; white at alpha 0.5 over that coverage.
+    const float cobertura = 0.75f * 0.5f;
+    for (int y = 0; y < lado; ++y) {
+        for (int x = 0; x < lado; ++x) {
+            const bool borde = x == 0 || y == lado - 1; // left column, bottom row (rows top down)
+            std::uint8_t* p = &img->pixeles[static_cast<std::size_t>((y * lado + x) * 4)];
+            for (int c = 0; c < 3; ++c) {
+                const float v = borde ? fondo[c] * (1 - cobertura) + cobertura : fondo[c];
+                p[c] = static_cast<std::uint8_t>(std::lround(v * 255.0f));
+            }
+            p[3] = 255;
+        }
+    }
+    return img;
+}
+
+std::shared_ptr<Geometry> geometriaPlano(float ancho, float alto) {
+    auto g = std::make_shared<Geometry>();
+    const float x = ancho / 2, y = alto / 2;
+    g->vertices = {{-x, -y, 0}, {x, -y, 0}, {x, y, 0}, {-x, y, 0}};
+    g->normales.assign(4, glm::vec3(0, 0, 1));
+    g->coordenadasTextura = {{0, 1}, {1, 1}, {1, 0}, {0, 0}};
+    g->elementos.push_back({Primitiva::Triangulos, {0, 1, 2, 0, 2, 3}});
+    return g;
+}
+
+// Euler angles (our order: roll about Z first, then yaw, then pitch) of the
+// rotation whose columns are the given axes.
+glm::vec3 eulerDeBase(const glm::vec3& x, const glm::vec3& y, const glm::vec3& z) {
+    // R = Rx(a) Ry(b) Rz(c): R[0][2] = sin b, R[1][2] = -sin a cos b,
+    // R[2][2] = cos a cos b, R[0][0] = cos b cos c, R[0][1] = -cos b sin c
+    // (row, column), with the columns x, y, z.
+    const float r02 = z.x, r12 = z.y, r22 = z.z, r00 = x.x, r01 = y.x;
+    return {std::atan2(-r12, r22), std::asin(std::clamp(r02, -1.0f, 1.0f)), std::atan2(-r01, r00)};
+}
+
+// The orientation that turns the local front (0, 0, -1) toward `direccion`
+// with the local up (0, 1, 0) toward `arriba`.
+glm::vec3 eulerMirandoA(const glm::vec3& direccion, const glm::vec3& arriba) {
+    const glm::vec3 frente = glm::normalize(direccion);
+    const glm::vec3 derecha = glm::normalize(glm::cross(frente, arriba));
+    const glm::vec3 arribaReal = glm::cross(derecha, frente);
+    return eulerDeBase(derecha, arribaReal, -frente);
+}
+
+} // namespace
+
+void ContentView::pintarModelo(const ModeloVinculado& m, const Color& color, bool conOpacidad) {
+    const float opacidad = conOpacidad ? opacidadDeTransparencia(m.transparencia) : 1.0f;
+    m.nodo->enumerateChildNodes([&](Node& n, bool&) {
+        Geometry* g = n.geometry().get();
+        if (!g) return;
+        if (Material* mat = g->firstMaterial()) {
+            mat->setDiffuse(color);
+            mat->setTransparency(opacidad);
+        }
+    });
+}
+
+void ContentView::integrarModelo(ModeloConvertido convertido, const std::string& rutaOrigen,
+                                 const std::string& rutaSalida) {
+    // The discipline selected now, not when the file was chosen.
+    const std::string clave = seleccionActual;
+    auto itEsp = especialidades.find(clave);
+    if (itEsp == especialidades.end()) {
+        isProcessing = false;
+        emit changed();
+        return;
+    }
+    fusionarPropiedades(propiedadesIFC[clave], std::move(convertido.propiedades));
+
+    EspecialidadBIM& esp = itEsp->second;
+    if (!esp.nodoRaiz) {
+        esp.nodoRaiz = Node::crear("esp_" + clave);
+        scene.rootNode()->addChildNode(esp.nodoRaiz);
+    }
+    ModeloVinculado modelo;
+    modelo.id = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
+    modelo.nombre = fileName;
+    modelo.nodo = convertido.modelo;
+    modelo.rutaOrigen = rutaOrigen;
+    esp.modelos.push_back(modelo);
+    esp.nodoRaiz->addChildNode(modelo.nodo);
+    pintarModelo(modelo, esp.colorOriginal, false);
+    recolorearModelos();
+
+    if (!convertido.grillas.empty()) {
+        fusionarGrillas(grillasIFC, std::move(convertido.grillas));
+        reconstruirGrillas();
+    }
+    isProcessing = false;
+    actualizarPiso();
+    emit changed();
+    // The view frames the whole scene a moment later, once it has drawn.
+    QTimer::singleShot(150, this, [this] { emit encuadrarEscena(); });
+    std::error_code ec;
+    std::filesystem::remove(rutaSalida, ec);
+}
+
+void ContentView::recolorearModelos() {
+    for (auto& [clave, esp] : especialidades) {
+        for (const auto& m : esp.modelos) {
+            const float opacidad = opacidadDeTransparencia(m.transparencia);
+            m.nodo->setHidden(!m.isVisible);
+            m.nodo->enumerateChildNodes([&](Node& n, bool&) {
+                if (Geometry* g = n.geometry().get())
+                    if (Material* mat = g->firstMaterial()) {
+                        mat->setDiffuse(esp.colorOriginal);
+                        mat->setTransparency(opacidad);
+                    }
+                n.setHidden(!m.isVisible);
+            });
+        }
+    }
+    emit changed();
+}
+
+void ContentView::reconstruirGrillas() {
+    if (nodoGrillasIFC) nodoGrillasIFC->removeFromParentNode();
+    nodoGrillasIFC.reset();
+    if (grillasIFC.empty()) return;
+    auto g = std::make_shared<Geometry>();
+    ElementoGeometria lineas{Primitiva::Lineas, {}};
+    for (const EjeGrilla& eje : grillasIFC) {
+        for (std::size_t i = 0; i + 1 < eje.puntos.size(); ++i) {
+            g->vertices.push_back(eje.puntos[i]);
+            g->vertices.push_back(eje.puntos[i + 1]);
+            lineas.indices.push_back(static_cast<std::int32_t>(lineas.indices.size()));
+            lineas.indices.push_back(static_cast<std::int32_t>(lineas.indices.size()));
+        }
+    }
+    if (g->vertices.empty()) return;
+    g->elementos.push_back(std::move(lineas));
+    auto mat = std::make_shared<Material>();
+    mat->setDoubleSided(true);
+    mat->setDiffuse(Color::gris(0.55f, 0.6f));
+    g->materiales.push_back(mat);
+    nodoGrillasIFC = Node::crear("GrillasIFC");
+    nodoGrillasIFC->setGeometry(g);
+    scene.rootNode()->addChildNode(nodoGrillasIFC);
+}
+
+void ContentView::actualizarPiso() {
+    const auto& raiz = scene.rootNode();
+    if (auto viejo = raiz->childNodeWithName(nombrePiso, false)) viejo->removeFromParentNode();
+    const Box caja = raiz->boundingBox();
+    if (caja.min == caja.max) return; // an empty scene has no floor
+
+    auto geo = geometriaPlano(5000, 5000);
+    auto mat = std::make_shared<Material>();
+    mat->setDiffuseImagen(imagenBaldosa());
+    mat->setRepetirContenido(true);
+    mat->setEscalaContenido({5000, 5000, 1}); // one tile per metre
+    mat->setLightingModel(ModeloIluminacion::Lambert);
+    mat->setTransparency(0.75f);
+    mat->setDoubleSided(false);
+    geo->materiales.push_back(mat);
+    auto piso = Node::crear(nombrePiso);
+    piso->setGeometry(geo);
+    piso->setPosition({0, 0, caja.min.z - 0.01f});
+    raiz->addChildNode(piso);
+
+    const glm::vec3 tam = caja.tamano();
+    const float extension = std::max({tam.x, tam.y, tam.z});
+    if (auto luz = raiz->childNodeWithName(nombreLuzDir, false); luz && luz->light()) {
+        Light l = *luz->light();
+        l.orthographicScale = std::max(30.0f, 0.8f * extension);
+        luz->setLight(l);
+    }
+}
+
+void ContentView::configurarLuces(Scene& escena) {
+    const auto raiz = escena.rootNode();
+    std::vector<std::shared_ptr<Node>> viejas;
+    for (const auto& n : raiz->childNodes())
+        if (n->light() && n->nombreEmpiezaCon("_TESKAL_Luz")) viejas.push_back(n);
+    for (auto& n : viejas) n->removeFromParentNode();
+
+    Light dir;
+    dir.tipo = TipoLuz::Direccional;
+    dir.intensidad = 900;
+    dir.proyectaSombras = true;
+    dir.sombrasDiferidas = true;
+    dir.radioSombra = 5;
+    dir.muestrasSombra = 16;
+    dir.sesgoSombra = 1;
+    dir.colorSombra = Color{0, 0, 0, 0.45f};
+    dir.orthographicScale = 150;
+    auto nodoDir = Node::crear(nombreLuzDir);
+    nodoDir->setLight(dir);
+    nodoDir->setEulerAngles(eulerMirandoA({0.5f, 0.5f, -0.7f}, {0, 0, 1}));
+    raiz->addChildNode(nodoDir);
+
+    Light amb;
+    amb.tipo = TipoLuz::Ambiental;
+    amb.intensidad = 350;
+    amb.color = Color{1, 1, 1, 1};
+    auto nodoAmb = Node::crear(nombreLuzAmb);
+    nodoAmb->setLight(amb);
+    raiz->addChildNode(nodoAmb);
+}
+
+} // namespace teskal

@@ -1,0 +1,92 @@
+// The road of one file from the picker into the scene: checks on the main
+// thread, the conversion on a pool thread, the assembly back on the main one.
+#include "federation/ContentView.h"
+
+#include "federation/ConversionIFC.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QPointer>
+#include <QThreadPool>
+
+namespace teskal {
+
+void ContentView::vincularIFC(const std::string& clave) {
+    seleccionActual = clave;
+    showFilePicker = true;
+    emit changed();
+}
+
+void ContentView::archivosElegidos(const std::vector<std::string>& rutas, const std::string& falloSelector) {
+    showFilePicker = false;
+    if (!falloSelector.empty()) {
+        mostrarError("Error al seleccionar archivo: " + falloSelector);
+        return;
+    }
+    if (rutas.empty()) { // cancelled: nothing changes, not even fileName
+        emit changed();
+        return;
+    }
+    convertirYVincular(rutas.front()); // a single selection: only the first counts
+}
+
+void ContentView::convertirYVincular(const std::string& ruta) {
+    // A file that is there but can't be read is refused before anything starts;
+    // a file that has vanished meets its failure at the copy.
+    const QFileInfo info(QString::fromStdString(ruta));
+    if (info.exists() && !info.isReadable()) {
+        mostrarError("No se pudo acceder al archivo. Verifica los permisos en Sandbox.");
+        return;
+    }
+    fileName = info.fileName().toStdString();
+    isProcessing = true;
+    emit changed();
+
+    TrabajoConversion trabajo;
+    trabajo.rutaOrigen = ruta;
+    trabajo.rutaSalida = rutaTemporalNueva(".obj");
+    trabajo.rutaConversor = rutaConversor.empty() ? buscarConversor(carpetaPrograma_) : rutaConversor;
+    if (trabajo.rutaConversor.empty()) {
+        isProcessing = false;
+        mostrarError("No se encontró el motor IfcConvert en el bundle de la app.");
+        return;
+    }
+
+    // The result comes back through the application object, so that a
+    // workspace that is gone by then is simply skipped.
+    QPointer<ContentView> destino(this);
+    QThreadPool::globalInstance()->start([trabajo, destino] {
+        auto resultado = std::make_shared<ResultadoConversion>(convertirIFC(trabajo));
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [resultado, destino, trabajo] {
+                if (!destino) return;
+                ContentView& cv = *destino;
+                if (auto* fallo = std::get_if<FalloConversion>(resultado.get())) {
+                    cv.isProcessing = false;
+                    switch (fallo->causa) {
+                    case FalloConversion::Causa::Copia:
+                        cv.mostrarError("No se pudo copiar el archivo al directorio temporal: " + fallo->descripcion);
+                        break;
+                    case FalloConversion::Causa::Lanzamiento:
+                        cv.mostrarError("No se pudo ejecutar IfcConvert: " + fallo->descripcion);
+                        break;
+                    case FalloConversion::Causa::Salida:
+                        cv.mostrarError("IfcConvert falló (código " + std::to_string(fallo->codigo) + "):\n" +
+                                        fallo->descripcion);
+                        break;
+                    case FalloConversion::Causa::Geometria:
+                        cv.mostrarError(
+                            "No se pudo cargar la geometría. El archivo generado puede estar vacío o corrupto.");
+                        break;
+                    }
+                    return;
+                }
+                cv.integrarModelo(std::move(std::get<ModeloConvertido>(*resultado)), trabajo.rutaOrigen,
+                                  trabajo.rutaSalida);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+} // namespace teskal

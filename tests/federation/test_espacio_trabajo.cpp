@@ -1,0 +1,441 @@
+// The workspace driven headless: the road of a file into the federated scene
+// with the real converter, its failures with small fake converters, and the
+// rules of disciplines and linked models.
+#include "federation/CargaOBJ.h"
+#include "federation/ContentView.h"
+#include "federation/ConversionIFC.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QThread>
+#include <glm/gtc/constants.hpp>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+using namespace teskal;
+
+namespace {
+
+const std::string muestras = TESKAL_SAMPLES_DIR;
+
+bool esperarHasta(const std::function<bool()>& condicion, int milisegundos = 600000) {
+    QElapsedTimer reloj;
+    reloj.start();
+    while (!condicion()) {
+        if (reloj.elapsed() > milisegundos) return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        QThread::msleep(5);
+    }
+    QCoreApplication::processEvents();
+    return true;
+}
+
+// Files the conversions left in the temporary folder (a private one per test
+// process): copies named UUID.ifc and outputs UUID.obj.
+QStringList sobrantes(const char* patron) {
+    return QDir(QDir::tempPath()).entryList({QString::fromLatin1(patron)}, QDir::Files);
+}
+
+std::string conversorFalso(const QTemporaryDir& dir, const char* nombre, const std::string& cuerpo) {
+    const QString ruta = dir.filePath(QString::fromLatin1(nombre));
+    QFile f(ruta);
+    f.open(QIODevice::WriteOnly);
+    f.write(("#!/bin/sh\n" + cuerpo + "\n").c_str());
+    f.close();
+    f.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    return ruta.toStdString();
+}
+
+std::unique_ptr<ContentView> espacio() {
+    auto cv = std::make_unique<ContentView>(QFileInfo(QString::fromUtf8(TESKAL_IFCCONVERT)).absolutePath().toStdString());
+    ContentView::configurarLuces(cv->scene);
+    return cv;
+}
+
+std::vector<Material*> materialesDe(const Node& modelo) {
+    std::vector<Material*> r;
+    const_cast<Node&>(modelo).enumerateChildNodes([&](Node& n, bool&) {
+        if (n.geometry()) r.push_back(n.geometry()->firstMaterial());
+    });
+    return r;
+}
+
+// A model made without the converter, for the rules that need no real file.
+ModeloConvertido modeloDePrueba(float x0, float z0) {
+    const std::string obj = "v " + std::to_string(x0) + " 0 " + std::to_string(z0) + "\nv " +
+                            std::to_string(x0 + 2) + " 0 " + std::to_string(z0) + "\nv " + std::to_string(x0) +
+                            " 3 " + std::to_string(z0 + 4) + "\ng Muro\nf 1 2 3\ng Losa\nf 1 3 2\n";
+    ModeloConvertido m;
+    m.modelo = cargarOBJTexto(obj);
+    m.propiedades["Muro"]["__tipoIFC"] = "IFCWALL";
+    return m;
+}
+
+void vincularDePrueba(ContentView& cv, const std::string& clave, const std::string& nombre, float x0 = 0,
+                      float z0 = 0) {
+    cv.seleccionActual = clave;
+    cv.fileName = nombre;
+    cv.integrarModelo(modeloDePrueba(x0, z0), "/proyectos/" + nombre, "/no/existe.obj");
+}
+
+TEST(VinculoIFC, muestrasFederadasConConversorReal) {
+    if (!QFileInfo::exists(QString::fromStdString(muestras))) GTEST_SKIP() << "sin ../shared/samples";
+    auto cv = espacio();
+    cv->vincularIFC("ARQ");
+    EXPECT_TRUE(cv->showFilePicker);
+    cv->archivosElegidos({muestras + "/duplex.ifc", muestras + "/example.ifc"});
+    EXPECT_TRUE(cv->isProcessing);
+    EXPECT_EQ(cv->fileName, "duplex.ifc");
+    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
+    ASSERT_FALSE(cv->showError) << cv->errorMessage.value_or("");
+
+    // A path with blanks and accents, to another discipline.
+    QTemporaryDir dir;
+    const QString acentos = dir.filePath(QStringLiteral("mi carpeta/Casa Ñandú.ifc"));
+    QDir().mkpath(QFileInfo(acentos).absolutePath());
+    ASSERT_TRUE(QFile::copy(QString::fromStdString(muestras + "/IfcOpenHouse_IFC4.ifc"), acentos));
+    cv->vincularIFC("EST");
+    cv->archivosElegidos({acentos.toStdString()});
+    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
+    ASSERT_FALSE(cv->showError) << cv->errorMessage.value_or("");
+
+    const auto& arq = cv->especialidades.at("ARQ");
+    ASSERT_TRUE(arq.nodoRaiz);
+    EXPECT_EQ(arq.nodoRaiz->name(), std::optional<std::string>("esp_ARQ"));
+    EXPECT_EQ(arq.nodoRaiz->parent(), cv->scene.rootNode());
+    ASSERT_EQ(arq.modelos.size(), 1u);
+    const ModeloVinculado& duplex = arq.modelos[0];
+    EXPECT_EQ(duplex.nombre, "duplex.ifc");
+    EXPECT_EQ(duplex.rutaOrigen, muestras + "/duplex.ifc");
+    EXPECT_FALSE(duplex.nodo->name());
+    EXPECT_EQ(duplex.nodo->parent(), arq.nodoRaiz);
+    EXPECT_GT(duplex.nodo->childNodes().size(), 100u);
+    for (Material* m : materialesDe(*duplex.nodo)) {
+        ASSERT_TRUE(m->diffuse());
+        EXPECT_EQ(*m->diffuse(), (Color{0.85f, 0.85f, 0.85f, 1}));
+        EXPECT_EQ(m->transparency(), 1.0f);
+    }
+    const auto& est = cv->especialidades.at("EST");
+    ASSERT_EQ(est.modelos.size(), 1u);
+    EXPECT_EQ(est.modelos[0].nombre, "Casa Ñandú.ifc");
+    for (Material* m : materialesDe(*est.modelos[0].nodo)) EXPECT_EQ(*m->diffuse(), (Color{0.6f, 0.6f, 0.6f, 1}));
+
+    // Properties per discipline, keyed by the node names.
+    ASSERT_TRUE(cv->propiedadesIFC.contains("ARQ"));
+    ASSERT_TRUE(cv->propiedadesIFC.contains("EST"));
+    std::size_t conEntrada = 0;
+    for (const auto& n : duplex.nodo->childNodes()) conEntrada += cv->propiedadesIFC["ARQ"].contains(*n->name());
+    EXPECT_GT(conEntrada * 2, duplex.nodo->childNodes().size());
+
+    // The floor lies 1 cm below the lowest point; the light covers the scene.
+    auto piso = cv->scene.rootNode()->childNodeWithName("_TESKAL_Piso", false);
+    ASSERT_TRUE(piso);
+    auto sinPiso = cv->scene.rootNode()->boundingBox(); // the floor is flat and at min z - 0.01
+    EXPECT_NEAR(piso->position().z, sinPiso.min.z + 0.0f, 0.02f);
+    const auto luz = cv->scene.rootNode()->childNodeWithName("_TESKAL_LuzDir", false);
+    ASSERT_TRUE(luz && luz->light());
+    EXPECT_GE(luz->light()->orthographicScale, 30.0f);
+
+    // Nothing left in the temporary folder: copies and outputs are gone.
+    EXPECT_TRUE(sobrantes("*.ifc").isEmpty()) << sobrantes("*.ifc").join(',').toStdString();
+    EXPECT_TRUE(sobrantes("*.obj").isEmpty()) << sobrantes("*.obj").join(',').toStdString();
+}
+
+TEST(VinculoIFC, dosVinculosEnParaleloVanALaEspecialidadSeleccionadaAlFinal) {
+    if (!QFileInfo::exists(QString::fromStdString(muestras))) GTEST_SKIP() << "sin ../shared/samples";
+    auto cv = espacio();
+    cv->vincularIFC("ARQ");
+    cv->archivosElegidos({muestras + "/example.ifc"});
+    cv->vincularIFC("MEP");
+    cv->archivosElegidos({muestras + "/IfcOpenHouse_IFC4.ifc"});
+    EXPECT_EQ(cv->fileName, "IfcOpenHouse_IFC4.ifc");
+    ASSERT_TRUE(esperarHasta([&] { return cv->especialidades.at("MEP").modelos.size() == 2; }));
+    EXPECT_FALSE(cv->isProcessing);
+    EXPECT_FALSE(cv->especialidades.at("ARQ").nodoRaiz);
+    EXPECT_FALSE(cv->showError);
+}
+
+TEST(VinculoIFC, fallosDelCaminoConSuFrase) {
+    QTemporaryDir dir;
+    auto cv = espacio();
+    vincularDePrueba(*cv, "ARQ", "previo.ifc"); // an earlier model that must stay
+    const QString ifc = dir.filePath(QStringLiteral("modelo.ifc"));
+    {
+        QFile f(ifc);
+        f.open(QIODevice::WriteOnly);
+        f.write("ISO-10303-21;\nDATA;\n#1=IFCWALL('g',$,'Muro',$,$,$,$,$);\nENDSEC;\n");
+    }
+
+    struct Caso {
+        const char* nombre;
+        std::string cuerpo;
+        std::string esperado;
+    };
+    const std::vector<Caso> casos = {
+        {"sale3", "echo 'sin licencia' >&2; exit 3", "IfcConvert falló (código 3):\nsin licencia\n"},
+        {"latin1", "printf 'error en \\351l' >&2; exit 2", "IfcConvert falló (código 2):\nSin detalle"},
+        {"mudo", "exit 1", "IfcConvert falló (código 1):\n"},
+        {"vacio", ": > \"$2\"; exit 0",
+         "No se pudo cargar la geometría. El archivo generado puede estar vacío o corrupto."},
+        {"sincaras", "printf 'v 0 0 0\\nv 1 0 0\\n' > \"$2\"; exit 0",
+         "No se pudo cargar la geometría. El archivo generado puede estar vacío o corrupto."},
+    };
+    for (const Caso& c : casos) {
+        SCOPED_TRACE(c.nombre);
+        cv->rutaConversor = conversorFalso(dir, c.nombre, c.cuerpo);
+        cv->showError = false;
+        cv->archivosElegidos({ifc.toStdString()});
+        ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
+        EXPECT_TRUE(cv->showError);
+        EXPECT_EQ(cv->errorMessage.value_or(""), c.esperado);
+        EXPECT_TRUE(sobrantes("*.ifc").isEmpty()); // the copy goes on every path
+    }
+
+    // A converter that can't be started.
+    const std::string noEjecutable = dir.filePath(QStringLiteral("noejecutable")).toStdString();
+    QFile(QString::fromStdString(noEjecutable)).open(QIODevice::WriteOnly);
+    cv->rutaConversor = noEjecutable;
+    cv->archivosElegidos({ifc.toStdString()});
+    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
+    EXPECT_EQ(cv->errorMessage.value_or("").rfind("No se pudo ejecutar IfcConvert: ", 0), 0u)
+        << *cv->errorMessage;
+
+    // A file that vanished after the picker fails at the copy.
+    cv->rutaConversor = conversorFalso(dir, "nunca", "exit 0");
+    cv->archivosElegidos({dir.filePath(QStringLiteral("ya no está.ifc")).toStdString()});
+    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
+    EXPECT_EQ(*cv->errorMessage,
+              "No se pudo copiar el archivo al directorio temporal: El archivo o la carpeta no existe.");
+
+    // No converter beside the program: refused before any work starts.
+    ContentView sinConversor("/no/hay/programa");
+    sinConversor.archivosElegidos({ifc.toStdString()});
+    EXPECT_FALSE(sinConversor.isProcessing);
+    EXPECT_EQ(*sinConversor.errorMessage, "No se encontró el motor IfcConvert en el bundle de la app.");
+
+    // The picker's own failure, and a cancelled picker that changes nothing.
+    cv->fileName = "antes.ifc";
+    cv->archivosElegidos({}, "permiso denegado");
+    EXPECT_EQ(*cv->errorMessage, "Error al seleccionar archivo: permiso denegado");
+    cv->showError = false;
+    cv->archivosElegidos({});
+    EXPECT_FALSE(cv->showError);
+    EXPECT_EQ(cv->fileName, "antes.ifc");
+
+    // A file that can't be read (not testable as root, who reads everything).
+    if (geteuid() != 0) {
+        QFile::setPermissions(ifc, QFileDevice::Permissions());
+        cv->archivosElegidos({ifc.toStdString()});
+        EXPECT_EQ(*cv->errorMessage, "No se pudo acceder al archivo. Verifica los permisos en Sandbox.");
+        EXPECT_FALSE(cv->isProcessing);
+    }
+
+    // Earlier models are still in place.
+    EXPECT_EQ(cv->especialidades.at("ARQ").modelos.size(), 1u);
+    EXPECT_FALSE(cv->isProcessing);
+}
+
+TEST(VinculoIFC, archivoQueNoEsIFCMuestraElMotivoDelConversor) {
+    QTemporaryDir dir;
+    const QString falso = dir.filePath(QStringLiteral("planilla.ifc"));
+    QFile f(falso);
+    f.open(QIODevice::WriteOnly);
+    f.write("Nombre;Cantidad\nMuro;3\n");
+    f.close();
+    auto cv = espacio();
+    cv->archivosElegidos({falso.toStdString()});
+    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
+    EXPECT_EQ(cv->errorMessage.value_or("").rfind("IfcConvert falló (código 1):\nNo se pudo leer el archivo IFC", 0),
+              0u)
+        << cv->errorMessage.value_or("");
+}
+
+TEST(Especialidades, claveDeUnaNuevaEspecialidad) {
+    auto cv = espacio();
+    auto agregar = [&](const std::string& nombre, const std::string& icono = "") {
+        cv->abrirNuevaEspecialidad();
+        cv->nuevaEspNombre = nombre;
+        cv->nuevaEspIcono = icono;
+        cv->agregarEspecialidad();
+        return cv->ordenEspecialidades.back();
+    };
+    EXPECT_EQ(agregar("Arquitectura 2"), "ARQ1");
+    EXPECT_EQ(agregar("arquitectura paisaje"), "ARQ2");
+    EXPECT_EQ(agregar("  Sanitaria\t", "drop"), "SAN");
+    EXPECT_EQ(cv->especialidades.at("SAN").nombre, "Sanitaria");
+    EXPECT_EQ(cv->especialidades.at("SAN").icono, "drop");
+    EXPECT_EQ(cv->especialidades.at("ARQ1").icono, "folder");
+    EXPECT_EQ(cv->especialidades.at("ARQ1").colorOriginal, colores::teal);
+    EXPECT_EQ(agregar("Ag"), "AG");
+    EXPECT_EQ(agregar("Área verde"), "ÁRE");
+    EXPECT_EQ(agregar("a b c"), "A B");
+    EXPECT_FALSE(cv->mostrarNuevaEsp);
+
+    const std::size_t antes = cv->ordenEspecialidades.size();
+    cv->abrirNuevaEspecialidad();
+    cv->nuevaEspNombre = " \t ";
+    cv->agregarEspecialidad();
+    EXPECT_EQ(cv->ordenEspecialidades.size(), antes);
+    EXPECT_TRUE(cv->mostrarNuevaEsp);
+}
+
+TEST(Especialidades, visibilidadTransparenciaYColor) {
+    auto cv = espacio();
+    vincularDePrueba(*cv, "EST", "a.ifc");
+    vincularDePrueba(*cv, "EST", "b.ifc", 10);
+    auto& est = cv->especialidades.at("EST");
+    const std::string a = est.modelos[0].id, b = est.modelos[1].id;
+
+    // A model hidden by its own eye stays hidden through the discipline's eye.
+    cv->alternarModelo("EST", a);
+    EXPECT_TRUE(est.modelos[0].nodo->isHidden());
+    cv->alternarEspecialidad("EST");
+    EXPECT_FALSE(est.isVisible);
+    EXPECT_TRUE(est.nodoRaiz->isHidden());
+    EXPECT_TRUE(est.modelos[0].nodo->isHidden());
+    cv->alternarEspecialidad("EST");
+    EXPECT_FALSE(est.nodoRaiz->isHidden());
+    EXPECT_TRUE(est.modelos[0].nodo->isHidden());
+    EXPECT_FALSE(est.modelos[1].nodo->isHidden());
+    // A discipline with no models has a disabled eye.
+    cv->alternarEspecialidad("MEP");
+    EXPECT_TRUE(cv->especialidades.at("MEP").isVisible);
+
+    // Transparency survives a recolour; the colour follows the discipline.
+    cv->fijarTransparencia("EST", b, 0.5);
+    for (Material* m : materialesDe(*est.modelos[1].nodo)) EXPECT_FLOAT_EQ(m->transparency(), 0.5f);
+    cv->abrirColor("EST");
+    EXPECT_EQ(cv->colorPickerColor, (Color{0.6f, 0.6f, 0.6f, 1}));
+    cv->aplicarColor(Color{1, 0, 0, 1});
+    EXPECT_FALSE(cv->colorPickerKey);
+    cv->aplicarColores();
+    for (Material* m : materialesDe(*est.modelos[1].nodo)) {
+        EXPECT_FLOAT_EQ(m->transparency(), 0.5f);
+        EXPECT_EQ(*m->diffuse(), (Color{1, 0, 0, 1}));
+    }
+    // The recolour keeps the hidden model hidden, node by node.
+    for (const auto& n : est.modelos[0].nodo->childNodes()) EXPECT_TRUE(n->isHidden());
+}
+
+TEST(Especialidades, resaltadoTransformacionYDesvinculo) {
+    auto cv = espacio();
+    vincularDePrueba(*cv, "ARQ", "a.ifc");
+    vincularDePrueba(*cv, "ARQ", "b.ifc", 5);
+    auto& arq = cv->especialidades.at("ARQ");
+    const std::string a = arq.modelos[0].id, b = arq.modelos[1].id;
+
+    std::vector<Box> encuadres;
+    QObject::connect(cv.get(), &ContentView::encuadrarCaja, [&](const Box& c) { encuadres.push_back(c); });
+    cv->resaltarModelo("ARQ", a);
+    EXPECT_EQ(cv->modeloResaltadoId, a);
+    EXPECT_EQ(cv->nodosResaltados.size(), 2u);
+    for (Material* m : materialesDe(*arq.modelos[0].nodo)) EXPECT_EQ(m->emission(), (Color{0, 0.75f, 1, 1}));
+    ASSERT_EQ(encuadres.size(), 1u);
+    EXPECT_FLOAT_EQ(encuadres[0].max.x, 2.0f);
+    // Another model moves the highlight; a second click clears it and selects nothing.
+    cv->resaltarModelo("ARQ", b);
+    for (Material* m : materialesDe(*arq.modelos[0].nodo)) EXPECT_EQ(m->emission(), colores::negro);
+    cv->resaltarModelo("ARQ", b);
+    EXPECT_FALSE(cv->modeloResaltadoId);
+    EXPECT_TRUE(cv->nodosResaltados.empty());
+    for (Material* m : materialesDe(*arq.modelos[1].nodo)) EXPECT_EQ(m->emission(), colores::negro);
+
+    // Turn of 90 degrees and 10 m offset: position and rotation are separate,
+    // the turn is about the root's origin; the unit scales the geometry.
+    cv->abrirTransformacion("ARQ", a);
+    ASSERT_TRUE(cv->modeloEditandoTransformacion);
+    EXPECT_EQ(cv->modeloEditandoTransformacion->nombre, "a.ifc");
+    TransformacionModelo t;
+    t.unidades = Unidades::milimetros;
+    t.offsetX = 10;
+    t.giroZ = 90;
+    cv->aplicarTransformacion("ARQ", a, t);
+    EXPECT_FALSE(cv->modeloEditandoTransformacion);
+    const Node& raizA = *arq.modelos[0].nodo;
+    EXPECT_EQ(raizA.position(), glm::vec3(10, 0, 0));
+    EXPECT_FLOAT_EQ(raizA.eulerAngles().z, glm::half_pi<float>());
+    EXPECT_EQ(raizA.scale(), glm::vec3(0.001f));
+    const glm::vec3 p = glm::vec3(raizA.worldTransform() * glm::vec4(1000, 0, 0, 1));
+    EXPECT_NEAR(p.x, 10, 1e-4);
+    EXPECT_NEAR(p.y, 1, 1e-4);
+    EXPECT_EQ(arq.modelos[0].transformacion, t);
+
+    // Removing one model keeps the discipline's properties; the last one takes
+    // the root, the properties, and turns the discipline visible again.
+    cv->alternarEspecialidad("ARQ");
+    cv->pedirEliminarModelo("ARQ", a);
+    ASSERT_TRUE(cv->modeloPendienteEliminar);
+    EXPECT_EQ(cv->modeloPendienteEliminar->nombre, "a.ifc");
+    cv->confirmarEliminarModelo();
+    EXPECT_FALSE(cv->modeloPendienteEliminar);
+    EXPECT_EQ(arq.modelos.size(), 1u);
+    EXPECT_TRUE(cv->propiedadesIFC.contains("ARQ"));
+    auto raiz = arq.nodoRaiz;
+    cv->pedirEliminarModelo("ARQ", b);
+    cv->confirmarEliminarModelo();
+    EXPECT_FALSE(arq.nodoRaiz);
+    EXPECT_FALSE(raiz->parent());
+    EXPECT_TRUE(arq.isVisible);
+    EXPECT_FALSE(cv->propiedadesIFC.contains("ARQ"));
+}
+
+TEST(EnsamblajeEscena, pisoLucesYGrillas) {
+    auto cv = espacio();
+    const auto& raiz = cv->scene.rootNode();
+    // Lights set up again replace the old ones.
+    ContentView::configurarLuces(cv->scene);
+    EXPECT_EQ(raiz->childNodes().size(), 2u);
+    const auto luz = raiz->childNodeWithName("_TESKAL_LuzDir", false);
+    ASSERT_TRUE(luz);
+    // The light looks along (0.5, 0.5, -0.7).
+    const glm::vec3 frente = glm::vec3(luz->transform() * glm::vec4(0, 0, -1, 0));
+    const glm::vec3 esperado = glm::normalize(glm::vec3(0.5f, 0.5f, -0.7f));
+    EXPECT_NEAR(frente.x, esperado.x, 1e-5);
+    EXPECT_NEAR(frente.y, esperado.y, 1e-5);
+    EXPECT_NEAR(frente.z, esperado.z, 1e-5);
+    EXPECT_GT(glm::vec3(luz->transform() * glm::vec4(0, 1, 0, 0)).z, 0); // its up leans to world up
+
+    // An empty scene has no floor.
+    cv->actualizarPiso();
+    EXPECT_FALSE(raiz->childNodeWithName("_TESKAL_Piso", false));
+
+    vincularDePrueba(*cv, "ARQ", "a.ifc", 0, -2);
+    auto piso = raiz->childNodeWithName("_TESKAL_Piso", false);
+    ASSERT_TRUE(piso);
+    EXPECT_FLOAT_EQ(piso->position().z, -2.01f);
+    const Material* m = piso->geometry()->firstMaterial();
+    EXPECT_EQ(m->lightingModel(), ModeloIluminacion::Lambert);
+    EXPECT_FLOAT_EQ(m->transparency(), 0.75f);
+    ASSERT_TRUE(m->diffuseImagen());
+    EXPECT_EQ(m->diffuseImagen()->ancho, 128);
+    EXPECT_EQ(m->escalaContenido(), glm::vec3(5000, 5000, 1));
+    EXPECT_EQ(luz->light()->orthographicScale, 30.0f); // a small scene keeps the minimum
+
+    // A far model widens the light; the old floor does not inflate the box.
+    vincularDePrueba(*cv, "EST", "b.ifc", 100, 0);
+    EXPECT_FLOAT_EQ(luz->light()->orthographicScale, 0.8f * 102.0f);
+    EXPECT_EQ(std::count_if(raiz->childNodes().begin(), raiz->childNodes().end(),
+                            [](const auto& n) { return n->name() == std::optional<std::string>("_TESKAL_Piso"); }),
+              1);
+
+    // Grid lines: one segment per consecutive pair of points, one node.
+    cv->grillasIFC = {{"1", "A", true, {{0, 0, 0}, {0, 10, 0}, {0, 20, 0}}}, {"2", "1", false, {{0, 0, 0}, {5, 0, 0}}}};
+    cv->reconstruirGrillas();
+    ASSERT_TRUE(cv->nodoGrillasIFC);
+    EXPECT_EQ(cv->nodoGrillasIFC->name(), std::optional<std::string>("GrillasIFC"));
+    const Geometry& g = *cv->nodoGrillasIFC->geometry();
+    EXPECT_EQ(g.elementos[0].primitiva, Primitiva::Lineas);
+    EXPECT_EQ(g.elementos[0].indices.size(), 6u);
+    EXPECT_EQ(g.vertices[3], glm::vec3(0, 20, 0));
+    EXPECT_EQ(*g.firstMaterial()->diffuse(), Color::gris(0.55f, 0.6f));
+    cv->grillasIFC.clear();
+    cv->reconstruirGrillas();
+    EXPECT_FALSE(cv->nodoGrillasIFC);
+    EXPECT_FALSE(raiz->childNodeWithName("GrillasIFC", false));
+}
+
+} // namespace
