@@ -43,8 +43,9 @@ std::string_view siguienteToken(std::string_view& resto) {
 
 // A one-based OBJ index to zero-based, -1 when it can't address anything.
 std::int32_t indiceBaseCero(std::int64_t v) {
-    const std::int64_t i = v - 1;
-    return (i >= 0 && i < std::numeric_limits<std::int32_t>::max()) ? static_cast<std::int32_t>(i) : -1;
+    // Compared before subtracting: v - 1 overflows for the smallest int64.
+    if (v < 1 || v > std::numeric_limits<std::int32_t>::max()) return -1;
+    return static_cast<std::int32_t>(v - 1);
 }
 
 bool leerTresFloats(std::string_view resto, glm::vec3& v) {

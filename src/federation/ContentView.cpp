@@ -48,8 +48,19 @@ bool ContentView::hayModelos() const {
     return false;
 }
 
+void ContentView::seleccionarEspecialidad(const std::string& clave) {
+    if (!especialidades.contains(clave)) return;
+    seleccionActual = clave;
+    emit changed();
+}
+
 void ContentView::abrirNuevaEspecialidad() {
     mostrarNuevaEsp = true;
+    emit changed();
+}
+
+void ContentView::cancelarNuevaEspecialidad() {
+    mostrarNuevaEsp = false;
     emit changed();
 }
 

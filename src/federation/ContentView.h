@@ -90,7 +90,9 @@ public:
     void convertirYVincular(const std::string& ruta);
 
     // Disciplines.
+    void seleccionarEspecialidad(const std::string& clave);
     void abrirNuevaEspecialidad();
+    void cancelarNuevaEspecialidad();
     void agregarEspecialidad();
     void abrirColor(const std::string& clave);
     void aplicarColor(const Color& color);

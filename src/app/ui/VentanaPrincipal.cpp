@@ -1,15 +1,197 @@
 #include "app/ui/VentanaPrincipal.h"
 
+#include "app/ui/VentanaAcercaDe.h"
+#include "app/ui/VistaBienvenida.h"
+#include "federation/CentroNotificaciones.h"
+#include "federation/ContentView.h"
+#include "federation/ui/DialogosFederacion.h"
+#include "federation/ui/PanelFederacion.h"
+
+#include <QFileDialog>
+#include <QGridLayout>
 #include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QVBoxLayout>
 
 namespace teskal {
 
-VentanaPrincipal::VentanaPrincipal(QWidget* parent) : QMainWindow(parent) {
-    setWindowTitle(QStringLiteral("TESKAL"));
+namespace {
+
+QLabel* tituloSeccion(const QString& texto, QWidget* padre) {
+    auto* l = new QLabel(texto, padre);
+    l->setStyleSheet(QStringLiteral("font-weight: bold; color: gray; padding: 8px 4px 2px 4px;"));
+    return l;
+}
+
+} // namespace
+
+VentanaPrincipal::VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro, QWidget* parent)
+    : QMainWindow(parent), cv_(cv), centro_(centro) {
+    setWindowTitle(QStringLiteral("VORNEL"));
     resize(1440, 900);
-    auto* bienvenida = new QLabel(QStringLiteral("TESKAL · Coordinación BIM"), this);
-    bienvenida->setAlignment(Qt::AlignCenter);
-    setCentralWidget(bienvenida);
+    crearMenus();
+
+    // The detail column: welcome state or 3D view, with the overlay above.
+    auto* columnaDetalle = new QWidget(this);
+    auto* capas = new QGridLayout(columnaDetalle);
+    capas->setContentsMargins(0, 0, 0, 0);
+    detalle_ = new QStackedWidget(columnaDetalle);
+    bienvenida_ = new VistaBienvenida(cv_, centro_, detalle_);
+    visor_ = new QWidget(detalle_);
+    visor_->setObjectName(QStringLiteral("visor3D"));
+    visor_->setLayout(new QVBoxLayout);
+    visor_->layout()->setContentsMargins(0, 0, 0, 0);
+    detalle_->addWidget(bienvenida_);
+    detalle_->addWidget(visor_);
+    capas->addWidget(detalle_, 0, 0);
+
+    superposicion_ = new QWidget(columnaDetalle);
+    superposicion_->setObjectName(QStringLiteral("progreso"));
+    superposicion_->setAttribute(Qt::WA_StyledBackground);
+    superposicion_->setStyleSheet(
+        QStringLiteral("#progreso { background: rgba(30, 30, 36, 220); border-radius: 10px; } QLabel { color: white; }"));
+    auto* cajaProgreso = new QVBoxLayout(superposicion_);
+    auto* barra = new QProgressBar(superposicion_);
+    barra->setRange(0, 0);
+    barra->setTextVisible(false);
+    textoProgreso_ = new QLabel(superposicion_);
+    textoProgreso_->setAlignment(Qt::AlignCenter);
+    cajaProgreso->addWidget(barra);
+    cajaProgreso->addWidget(textoProgreso_);
+    capas->addWidget(superposicion_, 0, 0, Qt::AlignCenter);
+    superposicion_->hide();
+
+    auto* division = new QSplitter(Qt::Horizontal, this);
+    division->addWidget(crearBarraLateral());
+    division->addWidget(columnaDetalle);
+    division->setStretchFactor(1, 1);
+    division->setSizes({320, 1120});
+    setCentralWidget(division);
+
+    // The 3D view's set-up prepares the scene's lights.
+    ContentView::configurarLuces(cv_.scene);
+    connect(&cv_, &ContentView::changed, this, &VentanaPrincipal::sincronizar);
+    sincronizar();
+}
+
+void VentanaPrincipal::crearMenus() {
+    QMenu* archivo = menuBar()->addMenu(QStringLiteral("Archivo"));
+    QAction* abrirIFC = archivo->addAction(QStringLiteral("Abrir IFC..."));
+    abrirIFC->setObjectName(QStringLiteral("accionAbrirIFC"));
+    abrirIFC->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
+    connect(abrirIFC, &QAction::triggered, this, [this] { centro_.publicar(notificaciones::abrirIFC); });
+
+    QMenu* ayuda = menuBar()->addMenu(QStringLiteral("Ayuda"));
+    QAction* acerca = ayuda->addAction(QStringLiteral("Acerca de VORNEL"));
+    acerca->setObjectName(QStringLiteral("accionAcercaDe"));
+    connect(acerca, &QAction::triggered, this, [this] {
+        if (!acercaDe_) acercaDe_ = new VentanaAcercaDe(this);
+        acercaDe_->show();
+        acercaDe_->raise();
+    });
+}
+
+QWidget* VentanaPrincipal::crearBarraLateral() {
+    auto* desplazable = new QScrollArea(this);
+    desplazable->setWidgetResizable(true);
+    desplazable->setMinimumWidth(280);
+    auto* lateral = new QWidget(desplazable);
+    lateral->setObjectName(QStringLiteral("barraLateral"));
+    auto* v = new QVBoxLayout(lateral);
+    v->addWidget(tituloSeccion(QStringLiteral("Federación de Modelos"), lateral));
+    v->addWidget(new PanelFederacion(cv_, lateral));
+    v->addStretch(1);
+    desplazable->setWidget(lateral);
+    return desplazable;
+}
+
+void VentanaPrincipal::sincronizar() {
+    detalle_->setCurrentWidget(cv_.hayModelos() ? visor_ : bienvenida_);
+
+    if (cv_.isProcessing) {
+        const auto it = cv_.especialidades.find(cv_.seleccionActual);
+        const QString nombre = it == cv_.especialidades.end() ? QString() : QString::fromStdString(it->second.nombre);
+        textoProgreso_->setText(QStringLiteral("Procesando ") + nombre + QStringLiteral("..."));
+        superposicion_->show();
+        superposicion_->raise();
+    } else {
+        superposicion_->hide();
+    }
+
+    // Pending fields open their dialogs, once each.
+    if (cv_.showFilePicker && !selector_) abrirSelectorArchivo();
+    if (cv_.mostrarNuevaEsp && !dialogoNueva_) {
+        dialogoNueva_ = new DialogoNuevaEspecialidad(cv_, this);
+        dialogoNueva_->setAttribute(Qt::WA_DeleteOnClose);
+        dialogoNueva_->open();
+    }
+    if (cv_.colorPickerKey && !dialogoColor_) {
+        dialogoColor_ = new DialogoColorEspecialidad(cv_, this);
+        dialogoColor_->setAttribute(Qt::WA_DeleteOnClose);
+        dialogoColor_->open();
+    }
+    if (cv_.modeloEditandoTransformacion && !dialogoTransformacion_) {
+        dialogoTransformacion_ = new DialogoTransformacion(cv_, this);
+        dialogoTransformacion_->setAttribute(Qt::WA_DeleteOnClose);
+        dialogoTransformacion_->open();
+    }
+    if (cv_.modeloPendienteEliminar && !alertaEliminar_) abrirEliminarModelo();
+    if (cv_.showError) abrirError();
+}
+
+void VentanaPrincipal::abrirSelectorArchivo() {
+    selector_ = new QFileDialog(this, QStringLiteral("Abrir IFC"));
+    selector_->setObjectName(QStringLiteral("selectorIFC"));
+    selector_->setAttribute(Qt::WA_DeleteOnClose);
+    selector_->setOption(QFileDialog::DontUseNativeDialog);
+    selector_->setFileMode(QFileDialog::ExistingFile);
+    selector_->setNameFilters({QStringLiteral("Todos los archivos (*)"), QStringLiteral("Archivos IFC (*.ifc *.IFC)")});
+    connect(selector_, &QFileDialog::finished, this, [this](int resultado) {
+        std::vector<std::string> rutas;
+        if (resultado == QDialog::Accepted && selector_)
+            for (const QString& r : selector_->selectedFiles()) rutas.push_back(r.toStdString());
+        cv_.archivosElegidos(rutas);
+    });
+    selector_->open();
+}
+
+void VentanaPrincipal::abrirError() {
+    const QString texto = QString::fromStdString(cv_.errorMessage.value_or(""));
+    if (alertaError_) { // a failure raised while another stands replaces the text
+        alertaError_->setText(texto);
+        return;
+    }
+    alertaError_ = new QMessageBox(QMessageBox::Warning, QStringLiteral("Error"), texto, QMessageBox::NoButton, this);
+    alertaError_->setObjectName(QStringLiteral("alertaError"));
+    alertaError_->setAttribute(Qt::WA_DeleteOnClose);
+    alertaError_->addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
+    connect(alertaError_, &QMessageBox::finished, this, [this] { cv_.cerrarError(); });
+    alertaError_->open();
+}
+
+void VentanaPrincipal::abrirEliminarModelo() {
+    const QString nombre = QString::fromStdString(cv_.modeloPendienteEliminar->nombre);
+    alertaEliminar_ = new QMessageBox(
+        QMessageBox::Warning, QStringLiteral("Eliminar modelo"),
+        QStringLiteral("¿Eliminar \"%1\" de la escena? Esta acción no se puede deshacer.").arg(nombre),
+        QMessageBox::NoButton, this);
+    alertaEliminar_->setObjectName(QStringLiteral("alertaEliminarModelo"));
+    alertaEliminar_->setAttribute(Qt::WA_DeleteOnClose);
+    QPushButton* eliminar = alertaEliminar_->addButton(QStringLiteral("Eliminar"), QMessageBox::DestructiveRole);
+    alertaEliminar_->addButton(QStringLiteral("Cancelar"), QMessageBox::RejectRole);
+    connect(alertaEliminar_, &QMessageBox::finished, this, [this, eliminar] {
+        if (alertaEliminar_ && alertaEliminar_->clickedButton() == eliminar)
+            cv_.confirmarEliminarModelo();
+        else
+            cv_.cancelarEliminarModelo();
+    });
+    alertaEliminar_->open();
 }
 
 } // namespace teskal

@@ -1,14 +1,55 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
+
+class QFileDialog;
+class QLabel;
+class QMessageBox;
+class QStackedWidget;
 
 namespace teskal {
 
-// The workbench's one main window.
+class CentroNotificaciones;
+class ContentView;
+class DialogoColorEspecialidad;
+class DialogoNuevaEspecialidad;
+class DialogoTransformacion;
+class VentanaAcercaDe;
+
+// The workbench's main window: the sidebar with its sections, the detail
+// column (welcome state or 3D view) with the progress overlay, the menus, and
+// the dialogs and alerts that the workspace's pending fields open.
 class VentanaPrincipal : public QMainWindow {
     Q_OBJECT
 public:
-    explicit VentanaPrincipal(QWidget* parent = nullptr);
+    VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro, QWidget* parent = nullptr);
+
+    // The detail column's 3D view slot, filled by the viewport.
+    QWidget* areaVisor() const { return visor_; }
+
+private:
+    void crearMenus();
+    QWidget* crearBarraLateral();
+    void sincronizar();
+    void abrirSelectorArchivo();
+    void abrirError();
+    void abrirEliminarModelo();
+
+    ContentView& cv_;
+    CentroNotificaciones& centro_;
+    QStackedWidget* detalle_ = nullptr;
+    QWidget* bienvenida_ = nullptr;
+    QWidget* visor_ = nullptr;
+    QWidget* superposicion_ = nullptr;
+    QLabel* textoProgreso_ = nullptr;
+    QPointer<QFileDialog> selector_;
+    QPointer<QMessageBox> alertaError_;
+    QPointer<QMessageBox> alertaEliminar_;
+    QPointer<DialogoNuevaEspecialidad> dialogoNueva_;
+    QPointer<DialogoColorEspecialidad> dialogoColor_;
+    QPointer<DialogoTransformacion> dialogoTransformacion_;
+    QPointer<VentanaAcercaDe> acercaDe_;
 };
 
 } // namespace teskal

@@ -1,0 +1,36 @@
+#include "app/ui/Iconos.h"
+
+#include <map>
+
+namespace teskal {
+
+QIcon iconoSimbolo(const std::string& simbolo) {
+    // Symbol names to freedesktop icon names, as the Adwaita theme has them.
+    static const std::map<std::string, const char*> tabla = {
+        {"building.2", "go-home"},
+        {"square.3.layers.3d", "view-app-grid-symbolic"},
+        {"pipe.and.drop", "weather-showers-symbolic"},
+        {"map", "mark-location-symbolic"},
+        {"rectangle.dashed", "edit-select-all-symbolic"},
+        {"clock.arrow.circlepath", "document-open-recent"},
+        {"folder", "folder"},
+        {"eye", "view-reveal-symbolic"},
+        {"eye.slash", "view-conceal-symbolic"},
+        {"plus", "list-add"},
+        {"plus.circle", "list-add"},
+        {"trash", "user-trash"},
+        {"scope", "zoom-fit-best"},
+        {"link", "insert-link"},
+        {"paintpalette", "color-select-symbolic"},
+        {"ellipsis.circle", "view-more-symbolic"},
+        {"arrow.up.and.down.and.arrow.left.and.right", "object-flip-horizontal"},
+        {"doc.badge.plus", "document-open"},
+        {"folder.badge.plus", "document-open"},
+        {"info.circle", "help-about"},
+    };
+    const auto it = tabla.find(simbolo);
+    const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));
+    return icono.isNull() ? QIcon::fromTheme(QStringLiteral("folder")) : icono;
+}
+
+} // namespace teskal

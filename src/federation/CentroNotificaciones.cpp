@@ -1,0 +1,1 @@
+#include "federation/CentroNotificaciones.h"
