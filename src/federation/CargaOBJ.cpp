@@ -109,7 +109,9 @@ void leer(std::string_view texto, LecturaOBJ& l) {
                 l.esquinaNormal.push_back(n);
             }
             const std::size_t esquinas = l.esquinaVertice.size() - antes;
-            if (esquinas < 3) {
+            // A face with more corners than its count can hold (a line over
+            // 8 GB) is dropped like one with too few.
+            if (esquinas < 3 || esquinas > std::numeric_limits<std::uint32_t>::max()) {
                 l.esquinaVertice.resize(antes);
                 l.esquinaNormal.resize(antes);
             } else {
@@ -131,8 +133,16 @@ void leer(std::string_view texto, LecturaOBJ& l) {
 }
 
 std::shared_ptr<Node> construirGrupo(const LecturaOBJ& l, const GrupoOBJ& g) {
+    // Indices are 32-bit and number the unrolled corners: the group ends at
+    // the last face whose triangles still fit (only files over 1 GB reach it).
+    constexpr std::size_t maxEsquinas = std::numeric_limits<std::int32_t>::max();
     std::size_t triangulos = 0;
-    for (std::size_t c = g.primeraCara; c < g.finCaras; ++c) triangulos += l.esquinasPorCara[c] - 2;
+    std::size_t finCaras = g.primeraCara;
+    for (; finCaras < g.finCaras; ++finCaras) {
+        const std::size_t t = l.esquinasPorCara[finCaras] - 2;
+        if ((triangulos + t) * 3 > maxEsquinas) break;
+        triangulos += t;
+    }
 
     auto geo = std::make_shared<Geometry>();
     geo->name = g.nombre;
@@ -151,7 +161,7 @@ std::shared_ptr<Node> construirGrupo(const LecturaOBJ& l, const GrupoOBJ& g) {
     };
 
     std::size_t esquina = g.primeraEsquina;
-    for (std::size_t c = g.primeraCara; c < g.finCaras; ++c) {
+    for (std::size_t c = g.primeraCara; c < finCaras; ++c) {
         const std::uint32_t n = l.esquinasPorCara[c];
         for (std::uint32_t i = 1; i + 1 < n; ++i) {
             anadirEsquina(esquina);

@@ -2,6 +2,7 @@
 
 #include "federation/TextoUTF8.h"
 
+#include <algorithm>
 #include <glm/gtc/constants.hpp>
 
 namespace teskal {
@@ -248,7 +249,11 @@ void ContentView::resaltarModelo(const std::string& clave, const std::string& id
         nodosResaltados.push_back(n.shared_from_this());
     });
     emit changed();
-    emit encuadrarCaja(m->nodo->boundingBoxMundo());
+    const Box caja = m->nodo->boundingBoxMundo();
+    if (caja.min == caja.max) return;
+    const glm::vec3 tam = caja.tamano();
+    const float mayor = std::max({tam.x, tam.y, tam.z});
+    viewport.enfocarCaja(glm::dvec3(caja.centro()), mayor > 0 ? mayor : 10.0f);
 }
 
 } // namespace teskal

@@ -6,6 +6,7 @@
 #include "federation/PropiedadesIFC.h"
 #include "scene/ColoresSistema.h"
 #include "scene/Node.h"
+#include "viewport/ViewportController.h"
 
 #include <QObject>
 #include <map>
@@ -69,6 +70,15 @@ public:
     std::optional<ReferenciaModelo> modeloEditandoTransformacion;
     TransformacionModelo transformacionEditando;
 
+    // The 3D view: camera, selection, camera cut.
+    ViewportController viewport;
+    std::shared_ptr<Node> nodoSeleccionado;
+    std::string nombreSeleccionado;
+    std::optional<Color> diffuseOriginalSeleccionado;
+    bool modoCorteCamara = false;
+    double distanciaCorte = 0.5;
+    bool mostrarPopoverCorte = false;
+
     // Reporting.
     std::optional<std::string> errorMessage;
     bool showError = false;
@@ -112,6 +122,24 @@ public:
     void cancelarEliminarModelo();
     void resaltarModelo(const std::string& clave, const std::string& id);
 
+    // The 3D view.
+    void zoomExtents();
+    void aplicarVistaPreset(VistaPreset vista);
+    void seleccionarNodo(const std::shared_ptr<Node>& nuevo);
+    // The near plane the camera cut asks for, or none while it is off.
+    std::optional<double> nearClipOverride() const {
+        return modoCorteCamara ? std::optional<double>(distanciaCorte) : std::nullopt;
+    }
+    void pulsarCorte();
+    void fijarModoCorte(bool activo);
+    void fijarDistanciaCorte(double distancia);
+    void cerrarPopoverCorte();
+    // The key of the discipline that holds the node: the first ancestor named
+    // "esp_" + key. Empty when no discipline holds it.
+    static std::string claveDeNodo(const Node& nodo);
+    // True while the node is one of the two elements of a listed clash.
+    bool enInterferencia(const Node& nodo) const;
+
     // Scene assembly.
     void integrarModelo(ModeloConvertido convertido, const std::string& rutaOrigen, const std::string& rutaSalida);
     void recolorearModelos();
@@ -122,12 +150,12 @@ public:
     // Lookups the window and tests share.
     const ModeloVinculado* buscarModelo(const std::string& clave, const std::string& id) const;
     bool hayModelos() const;
+    // The centre and size the camera frames for the whole scene, the floor
+    // left out; none for an empty scene.
+    std::optional<std::pair<glm::dvec3, float>> encuadreEscena();
 
 signals:
     void changed();
-    // The camera should frame this box (a model's, or the whole scene's).
-    void encuadrarCaja(const teskal::Box& caja);
-    void encuadrarEscena();
 
 private:
     ModeloVinculado* buscarModeloMutable(const std::string& clave, const std::string& id);

@@ -3,6 +3,7 @@
 #include "federation/ContentView.h"
 
 #include "federation/ConversionIFC.h"
+#include "scene/Orientacion.h"
 
 #include <QTimer>
 #include <QUuid>
@@ -54,25 +55,6 @@ std::shared_ptr<Geometry> geometriaPlano(float ancho, float alto) {
     return g;
 }
 
-// Euler angles (our order: roll about Z first, then yaw, then pitch) of the
-// rotation whose columns are the given axes.
-glm::vec3 eulerDeBase(const glm::vec3& x, const glm::vec3& y, const glm::vec3& z) {
-    // R = Rx(a) Ry(b) Rz(c): R[0][2] = sin b, R[1][2] = -sin a cos b,
-    // R[2][2] = cos a cos b, R[0][0] = cos b cos c, R[0][1] = -cos b sin c
-    // (row, column), with the columns x, y, z.
-    const float r02 = z.x, r12 = z.y, r22 = z.z, r00 = x.x, r01 = y.x;
-    return {std::atan2(-r12, r22), std::asin(std::clamp(r02, -1.0f, 1.0f)), std::atan2(-r01, r00)};
-}
-
-// The orientation that turns the local front (0, 0, -1) toward `direccion`
-// with the local up (0, 1, 0) toward `arriba`.
-glm::vec3 eulerMirandoA(const glm::vec3& direccion, const glm::vec3& arriba) {
-    const glm::vec3 frente = glm::normalize(direccion);
-    const glm::vec3 derecha = glm::normalize(glm::cross(frente, arriba));
-    const glm::vec3 arribaReal = glm::cross(derecha, frente);
-    return eulerDeBase(derecha, arribaReal, -frente);
-}
-
 } // namespace
 
 void ContentView::pintarModelo(const ModeloVinculado& m, const Color& color, bool conOpacidad) {
@@ -122,7 +104,7 @@ void ContentView::integrarModelo(ModeloConvertido convertido, const std::string&
     actualizarPiso();
     emit changed();
     // The view frames the whole scene a moment later, once it has drawn.
-    QTimer::singleShot(150, this, [this] { emit encuadrarEscena(); });
+    QTimer::singleShot(150, this, [this] { zoomExtents(); });
     std::error_code ec;
     std::filesystem::remove(rutaSalida, ec);
 }
@@ -132,10 +114,11 @@ void ContentView::recolorearModelos() {
         for (const auto& m : esp.modelos) {
             const float opacidad = opacidadDeTransparencia(m.transparencia);
             m.nodo->setHidden(!m.isVisible);
+            const Color& color = esp.colorOriginal; // clang < 16 can't capture a binding
             m.nodo->enumerateChildNodes([&](Node& n, bool&) {
                 if (Geometry* g = n.geometry().get())
                     if (Material* mat = g->firstMaterial()) {
-                        mat->setDiffuse(esp.colorOriginal);
+                        mat->setDiffuse(color);
                         mat->setTransparency(opacidad);
                     }
                 n.setHidden(!m.isVisible);

@@ -28,10 +28,10 @@ std::optional<glm::vec3> leerPunto(std::string_view args) {
     while (inicio <= args.size()) {
         std::size_t coma = args.find(',', inicio);
         if (coma == std::string_view::npos) coma = args.size();
-        if (const auto f = leerFloat(recortar(args.substr(inicio, coma - inicio)))) {
-            if (n < 3) v[n] = *f;
-            ++n;
-        }
+        // The count stops at three: only "at least two" matters, and an int
+        // counting every number of a point over 4 GB would overflow.
+        if (const auto f = leerFloat(recortar(args.substr(inicio, coma - inicio))))
+            if (n < 3) v[n++] = *f;
         inicio = coma + 1;
     }
     if (n < 2) return std::nullopt;

@@ -19,6 +19,14 @@ struct EntidadIFC {
     TipoIFC tipo = TipoIFC::Otro;
 };
 
+// Hash of the instance numbers in the sparse map. The numbers come from the
+// file, and with the identity hash a file of numbers that are all multiples of
+// the bucket count would put them in one bucket; mixed with a key drawn once
+// per process, no file can aim at a bucket.
+struct HashNumeroIFC {
+    std::size_t operator()(std::int64_t id) const noexcept;
+};
+
 // The table of one scan: instance number to entity, private to one reader
 // call. Only entities of the types a reader asks for are kept, but every
 // numbered statement claims its number, so a statement that repeats a number
@@ -50,7 +58,7 @@ private:
     std::vector<EntidadIFC> entidades_;
     std::vector<std::int32_t> denso_; // by number, for the numbers most files use
     std::size_t limiteDenso_ = 0;
-    std::unordered_map<std::int64_t, std::int32_t> disperso_;
+    std::unordered_map<std::int64_t, std::int32_t, HashNumeroIFC> disperso_;
     std::deque<std::string> unidas_; // kept statements that spanned lines
 };
 

@@ -5,7 +5,7 @@ namespace teskal {
 void separarArgumentosSTEP(std::string_view args, std::vector<std::string_view>& destino) {
     destino.clear();
     bool enTexto = false;
-    int profundidad = 0;
+    std::int64_t profundidad = 0; // a text over 2 GB can hold more than INT_MAX "("
     std::size_t inicio = 0;
     for (std::size_t i = 0; i < args.size(); ++i) {
         const char c = args[i];
@@ -91,6 +91,9 @@ std::string decodificarTextoSTEP(std::string_view s) {
     std::string r;
     r.reserve(s.size());
     std::size_t i = 0;
+    // Once no "\X0\" is left, later "\X2\" need not look for one again:
+    // searching from each of them would take time quadratic in the text.
+    bool sinCierre = false;
     while (i < s.size()) {
         if (s[i] != '\\') {
             r.push_back(s[i++]);
@@ -98,7 +101,8 @@ std::string decodificarTextoSTEP(std::string_view s) {
         }
         const std::string_view resto = s.substr(i);
         if (resto.starts_with("\\X2\\")) {
-            const std::size_t cierre = s.find("\\X0\\", i + 4);
+            const std::size_t cierre = sinCierre ? std::string_view::npos : s.find("\\X0\\", i + 4);
+            sinCierre = cierre == std::string_view::npos;
             if (cierre != std::string_view::npos) {
                 // Groups of four characters, each a code point in hexadecimal.
                 std::string_view hex = s.substr(i + 4, cierre - (i + 4));

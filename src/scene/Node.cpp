@@ -27,12 +27,14 @@ void Node::vincularContadores(const std::shared_ptr<SceneCounters>& c) {
     for (auto& h : hijos_) h->vincularContadores(c);
 }
 
-void Node::addChildNode(std::shared_ptr<Node> hijo) {
+void Node::addChildNode(std::shared_ptr<Node> hijo) { insertChildNode(std::move(hijo), hijos_.size()); }
+
+void Node::insertChildNode(std::shared_ptr<Node> hijo, std::size_t lugar) {
     if (!hijo || hijo.get() == this) return;
     hijo->removeFromParentNode();
     hijo->padre_ = weak_from_this();
     if (contadores_) hijo->vincularContadores(contadores_);
-    hijos_.push_back(std::move(hijo));
+    hijos_.insert(hijos_.begin() + static_cast<std::ptrdiff_t>(std::min(lugar, hijos_.size())), std::move(hijo));
     tocarEstructura();
 }
 

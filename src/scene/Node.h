@@ -31,6 +31,8 @@ public:
     const std::vector<std::shared_ptr<Node>>& childNodes() const { return hijos_; }
     std::shared_ptr<Node> parent() const { return padre_.lock(); }
     void addChildNode(std::shared_ptr<Node> hijo);
+    // Inserts the child at this place among the children (clamped to the end).
+    void insertChildNode(std::shared_ptr<Node> hijo, std::size_t lugar);
     void removeFromParentNode();
     // The first descendant (depth first) or child with this exact name.
     std::shared_ptr<Node> childNodeWithName(std::string_view nombre, bool recursivamente) const;

@@ -328,14 +328,16 @@ TEST(Especialidades, resaltadoTransformacionYDesvinculo) {
     auto& arq = cv->especialidades.at("ARQ");
     const std::string a = arq.modelos[0].id, b = arq.modelos[1].id;
 
-    std::vector<Box> encuadres;
-    QObject::connect(cv.get(), &ContentView::encuadrarCaja, [&](const Box& c) { encuadres.push_back(c); });
+    auto camara = Node::crear();
+    camara->setCamera(Camera{});
+    cv->viewport.vincularPuntoDeVista(camara);
     cv->resaltarModelo("ARQ", a);
     EXPECT_EQ(cv->modeloResaltadoId, a);
     EXPECT_EQ(cv->nodosResaltados.size(), 2u);
     for (Material* m : materialesDe(*arq.modelos[0].nodo)) EXPECT_EQ(m->emission(), (Color{0, 0.75f, 1, 1}));
-    ASSERT_EQ(encuadres.size(), 1u);
-    EXPECT_FLOAT_EQ(encuadres[0].max.x, 2.0f);
+    // The camera frames the model's box: centre (1, 1.5, 2), size 4.
+    cv->viewport.terminarAnimacion();
+    EXPECT_EQ(camara->position(), glm::vec3(1 + 4, 1.5f - 4, 2 + 4));
     // Another model moves the highlight; a second click clears it and selects nothing.
     cv->resaltarModelo("ARQ", b);
     for (Material* m : materialesDe(*arq.modelos[0].nodo)) EXPECT_EQ(m->emission(), colores::negro);

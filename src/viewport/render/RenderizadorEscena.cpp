@@ -1,0 +1,678 @@
+#include "viewport/render/RenderizadorEscena.h"
+
+#include "viewport/render/ShadersEscena.h"
+
+#include <QOpenGLShaderProgram>
+#include <algorithm>
+#include <functional>
+#include <glm/gtc/matrix_transform.hpp>
+#include <glm/gtc/type_ptr.hpp>
+
+namespace teskal {
+
+namespace {
+
+constexpr const char* nombreLuzDir = "_TESKAL_LuzDir";
+constexpr const char* nombreLuzAmb = "_TESKAL_LuzAmb";
+constexpr const char* nombrePiso = "_TESKAL_Piso";
+
+struct VerticeLote {
+    float x, y, z;
+    std::uint32_t nodo;
+};
+
+int codigoIluminacion(ModeloIluminacion m) {
+    switch (m) {
+    case ModeloIluminacion::Phong: return 0;
+    case ModeloIluminacion::Lambert: return 1;
+    case ModeloIluminacion::Constante: return 2;
+    }
+    return 0;
+}
+
+QString conIluminacion(const char* fuente) {
+    return QString::fromLatin1(fuente).replace(QStringLiteral("%ILUMINACION%"),
+                                               QString::fromLatin1(shaders::iluminacion));
+}
+
+std::unique_ptr<QOpenGLShaderProgram> programa(const QString& vertice, const QString& fragmento) {
+    auto p = std::make_unique<QOpenGLShaderProgram>();
+    p->addShaderFromSourceCode(QOpenGLShader::Vertex, vertice);
+    p->addShaderFromSourceCode(QOpenGLShader::Fragment, fragmento);
+    p->link();
+    return p;
+}
+
+// A triangle geometry whose material the batch shader can draw: no texture,
+// ordinary depth use and no rendering order of its own.
+bool esLoteable(const Geometry& g) {
+    const Material* m = g.firstMaterial();
+    if (m && (m->diffuseImagen() || !m->readsFromDepthBuffer() || !m->writesToDepthBuffer() ||
+              m->renderingOrder() != 0))
+        return false;
+    for (const auto& e : g.elementos)
+        if (e.primitiva != Primitiva::Triangulos) return false;
+    return !g.elementos.empty();
+}
+
+// Hidden anywhere up the tree, and the product of opacities up to the root.
+void estadoHeredado(const Node& n, bool& oculto, float& opacidad) {
+    oculto = false;
+    opacidad = 1.0f;
+    for (const Node* p = &n; p; ) {
+        if (p->isHidden()) oculto = true;
+        opacidad *= p->opacity();
+        const auto padre = p->parent();
+        p = padre.get();
+    }
+}
+
+// The colour and alpha a material and a node give a fragment.
+glm::vec4 colorEfectivo(const Material* m, float opacidad, bool oculto) {
+    if (oculto) return glm::vec4(0.0f);
+    if (!m) return {0.75f, 0.75f, 0.75f, opacidad};
+    const Color d = m->diffuse().value_or(Color{1, 1, 1, 1});
+    return {d.r, d.g, d.b, d.a * m->transparency() * opacidad};
+}
+
+std::size_t mezclar(std::size_t h, std::size_t v) { return h ^ (v + 0x9e3779b97f4a7c15ull + (h << 6) + (h >> 2)); }
+
+} // namespace
+
+struct RenderizadorEscena::Lote {
+    std::shared_ptr<Node> raiz;
+    std::vector<std::shared_ptr<Node>> nodos;
+    std::size_t firma = 0;
+    std::size_t base = 0; // global index of the first element
+    unsigned vao = 0, vbo = 0;
+    int vertices = 0;
+};
+
+struct RenderizadorEscena::Ayudante {
+    std::shared_ptr<Node> nodo;
+    std::size_t id = 0;
+};
+
+struct RenderizadorEscena::BufferAyudante {
+    unsigned vao = 0, vbo = 0, ebo = 0;
+    std::size_t vertices = 0;
+    std::vector<std::pair<Primitiva, int>> elementos; // primitive and index count, in order
+    std::vector<int> desde;                           // first index of each element
+};
+
+RenderizadorEscena::RenderizadorEscena() = default;
+RenderizadorEscena::~RenderizadorEscena() = default;
+
+void RenderizadorEscena::inicializar() {
+    if (inicializado_) return;
+    initializeOpenGLFunctions();
+    progLote_ = programa(QString::fromLatin1(shaders::loteVertice), conIluminacion(shaders::loteFragmento));
+    progAyudante_ =
+        programa(QString::fromLatin1(shaders::ayudanteVertice), conIluminacion(shaders::ayudanteFragmento));
+    progSombra_ = programa(QString::fromLatin1(shaders::sombraVertice), QString::fromLatin1(shaders::sombraFragmento));
+    progId_ = programa(QString::fromLatin1(shaders::idVertice), QString::fromLatin1(shaders::idFragmento));
+    progFondo_ = programa(QString::fromLatin1(shaders::fondoVertice), QString::fromLatin1(shaders::fondoFragmento));
+
+    glGenVertexArrays(1, &vaoVacio_);
+    glGenBuffers(1, &tboBuffer_);
+    glGenTextures(1, &tboTextura_);
+
+    glGenTextures(1, &sombraTextura_);
+    glBindTexture(GL_TEXTURE_2D, sombraTextura_);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT24, ladoSombra_, ladoSombra_, 0, GL_DEPTH_COMPONENT, GL_FLOAT,
+                 nullptr);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_MODE, GL_COMPARE_REF_TO_TEXTURE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_FUNC, GL_LEQUAL);
+    glGenFramebuffers(1, &sombraFbo_);
+    glBindFramebuffer(GL_FRAMEBUFFER, sombraFbo_);
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_TEXTURE_2D, sombraTextura_, 0);
+    glDrawBuffer(GL_NONE);
+    glReadBuffer(GL_NONE);
+    glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    inicializado_ = true;
+}
+
+void RenderizadorEscena::liberar() {
+    if (!inicializado_) return;
+    for (auto& l : lotes_) {
+        glDeleteBuffers(1, &l->vbo);
+        glDeleteVertexArrays(1, &l->vao);
+    }
+    lotes_.clear();
+    for (auto& [g, b] : buffersAyudantes_) {
+        glDeleteBuffers(1, &b->vbo);
+        glDeleteBuffers(1, &b->ebo);
+        glDeleteVertexArrays(1, &b->vao);
+    }
+    buffersAyudantes_.clear();
+    for (auto& [img, t] : texturas_) glDeleteTextures(1, &t);
+    texturas_.clear();
+    glDeleteBuffers(1, &tboBuffer_);
+    glDeleteTextures(1, &tboTextura_);
+    glDeleteTextures(1, &sombraTextura_);
+    glDeleteFramebuffers(1, &sombraFbo_);
+    glDeleteVertexArrays(1, &vaoVacio_);
+    if (idFbo_) {
+        glDeleteFramebuffers(1, &idFbo_);
+        glDeleteRenderbuffers(1, &idColor_);
+        glDeleteRenderbuffers(1, &idProfundidad_);
+    }
+    progLote_.reset();
+    progAyudante_.reset();
+    progSombra_.reset();
+    progId_.reset();
+    progFondo_.reset();
+    ayudantes_.clear();
+    nodoDeId_.clear();
+    escena_ = nullptr;
+    inicializado_ = false;
+}
+
+void RenderizadorEscena::sincronizar(Scene& escena) {
+    const bool otraEscena = escena_ != &escena;
+    escena_ = &escena;
+    if (otraEscena || estructura_ != escena.contadores().estructura) {
+        sincronizarEstructura(escena);
+        estructura_ = escena.contadores().estructura;
+        apariencia_ = ~0ull;
+    }
+    if (apariencia_ != escena.contadores().apariencia) {
+        sincronizarApariencia();
+        apariencia_ = escena.contadores().apariencia;
+    }
+}
+
+void RenderizadorEscena::sincronizarEstructura(Scene& escena) {
+    // Walk the tree: element geometry goes to the batch of its parent, other
+    // drawable nodes become helpers. Batches keep tree order.
+    std::vector<std::unique_ptr<Lote>> nuevos;
+    std::unordered_map<const Node*, Lote*> porRaiz;
+    std::vector<Ayudante> ayudantes;
+    std::function<void(const std::shared_ptr<Node>&, int)> visitar = [&](const std::shared_ptr<Node>& n, int nivel) {
+        if (n->geometry() && !n->geometry()->vertices.empty()) {
+            const auto padre = n->parent();
+            if (nivel >= 2 && padre && esLoteable(*n->geometry())) {
+                Lote*& lote = porRaiz[padre.get()];
+                if (!lote) {
+                    nuevos.push_back(std::make_unique<Lote>());
+                    lote = nuevos.back().get();
+                    lote->raiz = padre;
+                }
+                lote->nodos.push_back(n);
+            } else {
+                ayudantes.push_back({n, 0});
+            }
+        }
+        for (const auto& h : n->childNodes()) visitar(h, nivel + 1);
+    };
+    visitar(escena.rootNode(), 0);
+
+    // Keep the GPU buffers of batches whose content is unchanged.
+    std::unordered_map<const Node*, std::unique_ptr<Lote>> viejos;
+    for (auto& l : lotes_) viejos[l->raiz.get()] = std::move(l);
+    std::size_t base = 0;
+    nodoDeId_.clear();
+    for (auto& l : nuevos) {
+        std::size_t firma = 0;
+        for (const auto& n : l->nodos) {
+            const Geometry& g = *n->geometry();
+            firma = mezclar(firma, reinterpret_cast<std::size_t>(n.get()));
+            firma = mezclar(firma, reinterpret_cast<std::size_t>(&g));
+            firma = mezclar(firma, g.vertices.size());
+            const glm::mat4 t = n->transform();
+            for (int i = 0; i < 16; ++i) firma = mezclar(firma, std::hash<float>()(glm::value_ptr(t)[i]));
+        }
+        l->firma = firma;
+        l->base = base;
+        base += l->nodos.size();
+        for (const auto& n : l->nodos) nodoDeId_.push_back(n);
+        const auto viejo = viejos.find(l->raiz.get());
+        if (viejo != viejos.end() && viejo->second->firma == firma) {
+            l->vao = std::exchange(viejo->second->vao, 0);
+            l->vbo = std::exchange(viejo->second->vbo, 0);
+            l->vertices = viejo->second->vertices;
+        } else {
+            subirLote(*l);
+        }
+    }
+    for (auto& [raiz, l] : viejos) {
+        if (l->vbo) glDeleteBuffers(1, &l->vbo);
+        if (l->vao) glDeleteVertexArrays(1, &l->vao);
+    }
+    elementos_ = base;
+    for (auto& a : ayudantes) {
+        a.id = nodoDeId_.size();
+        nodoDeId_.push_back(a.nodo);
+    }
+    lotes_ = std::move(nuevos);
+    ayudantes_ = std::move(ayudantes);
+
+    // Helper buffers of geometries that are gone are freed.
+    std::unordered_map<const Geometry*, bool> vivas;
+    for (const auto& a : ayudantes_) vivas[a.nodo->geometry().get()] = true;
+    for (auto it = buffersAyudantes_.begin(); it != buffersAyudantes_.end();) {
+        if (vivas.contains(it->first)) {
+            ++it;
+            continue;
+        }
+        glDeleteBuffers(1, &it->second->vbo);
+        glDeleteBuffers(1, &it->second->ebo);
+        glDeleteVertexArrays(1, &it->second->vao);
+        it = buffersAyudantes_.erase(it);
+    }
+}
+
+void RenderizadorEscena::subirLote(Lote& lote) {
+    std::size_t total = 0;
+    for (const auto& n : lote.nodos)
+        for (const auto& e : n->geometry()->elementos) total += e.indices.size() / 3 * 3;
+    std::vector<VerticeLote> datos;
+    datos.reserve(total);
+    for (std::size_t i = 0; i < lote.nodos.size(); ++i) {
+        const Node& n = *lote.nodos[i];
+        const Geometry& g = *n.geometry();
+        const glm::mat4 t = n.transform();
+        const bool identidad = t == glm::mat4(1.0f);
+        const auto nv = static_cast<std::int64_t>(g.vertices.size());
+        for (const auto& e : g.elementos) {
+            const std::size_t usados = e.indices.size() / 3 * 3;
+            for (std::size_t k = 0; k < usados; ++k) {
+                const std::int32_t ix = e.indices[k];
+                glm::vec3 p = ix >= 0 && ix < nv ? g.vertices[static_cast<std::size_t>(ix)] : glm::vec3(0.0f);
+                if (!identidad) p = glm::vec3(t * glm::vec4(p, 1.0f));
+                datos.push_back({p.x, p.y, p.z, static_cast<std::uint32_t>(i)});
+            }
+        }
+    }
+    if (!lote.vao) glGenVertexArrays(1, &lote.vao);
+    if (!lote.vbo) glGenBuffers(1, &lote.vbo);
+    glBindVertexArray(lote.vao);
+    glBindBuffer(GL_ARRAY_BUFFER, lote.vbo);
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(datos.size() * sizeof(VerticeLote)), datos.data(),
+                 GL_STATIC_DRAW);
+    glEnableVertexAttribArray(0);
+    glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, sizeof(VerticeLote), nullptr);
+    glEnableVertexAttribArray(1);
+    glVertexAttribIPointer(1, 1, GL_UNSIGNED_INT, sizeof(VerticeLote),
+                           reinterpret_cast<const void*>(offsetof(VerticeLote, nodo)));
+    glBindVertexArray(0);
+    lote.vertices = static_cast<int>(datos.size());
+}
+
+void RenderizadorEscena::sincronizarApariencia() {
+    std::vector<glm::vec4> estado(std::max<std::size_t>(elementos_, 1) * 2, glm::vec4(0.0f));
+    for (const auto& l : lotes_) {
+        for (std::size_t i = 0; i < l->nodos.size(); ++i) {
+            const Node& n = *l->nodos[i];
+            bool oculto;
+            float opacidad;
+            estadoHeredado(n, oculto, opacidad);
+            const Material* m = n.geometry()->firstMaterial();
+            const Color e = m ? m->emission() : Color{0, 0, 0, 1};
+            estado[(l->base + i) * 2] = colorEfectivo(m, opacidad, oculto);
+            estado[(l->base + i) * 2 + 1] =
+                glm::vec4(e.r, e.g, e.b, m ? static_cast<float>(codigoIluminacion(m->lightingModel())) : 0.0f);
+        }
+    }
+    glBindBuffer(GL_TEXTURE_BUFFER, tboBuffer_);
+    glBufferData(GL_TEXTURE_BUFFER, static_cast<GLsizeiptr>(estado.size() * sizeof(glm::vec4)), estado.data(),
+                 GL_DYNAMIC_DRAW);
+    glBindTexture(GL_TEXTURE_BUFFER, tboTextura_);
+    glTexBuffer(GL_TEXTURE_BUFFER, GL_RGBA32F, tboBuffer_);
+    glBindBuffer(GL_TEXTURE_BUFFER, 0);
+}
+
+RenderizadorEscena::BufferAyudante& RenderizadorEscena::bufferDe(const Geometry& g) {
+    auto& b = buffersAyudantes_[&g];
+    if (b && b->vertices == g.vertices.size()) return *b;
+    if (!b) b = std::make_unique<BufferAyudante>();
+    // Positions, then texture coordinates (zeros when the geometry has none).
+    std::vector<float> datos;
+    datos.reserve(g.vertices.size() * 5);
+    for (std::size_t i = 0; i < g.vertices.size(); ++i) {
+        const glm::vec3& p = g.vertices[i];
+        const glm::vec2 t = i < g.coordenadasTextura.size() ? g.coordenadasTextura[i] : glm::vec2(0.0f);
+        datos.insert(datos.end(), {p.x, p.y, p.z, t.x, t.y});
+    }
+    std::vector<std::uint32_t> indices;
+    b->elementos.clear();
+    b->desde.clear();
+    for (const auto& e : g.elementos) {
+        b->desde.push_back(static_cast<int>(indices.size()));
+        for (std::int32_t ix : e.indices)
+            indices.push_back(ix >= 0 && static_cast<std::size_t>(ix) < g.vertices.size() ? static_cast<std::uint32_t>(ix) : 0u);
+        b->elementos.push_back({e.primitiva, static_cast<int>(e.indices.size())});
+    }
+    if (!b->vao) {
+        glGenVertexArrays(1, &b->vao);
+        glGenBuffers(1, &b->vbo);
+        glGenBuffers(1, &b->ebo);
+    }
+    glBindVertexArray(b->vao);
+    glBindBuffer(GL_ARRAY_BUFFER, b->vbo);
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(datos.size() * sizeof(float)), datos.data(), GL_STATIC_DRAW);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, b->ebo);
+    glBufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(indices.size() * sizeof(std::uint32_t)),
+                 indices.data(), GL_STATIC_DRAW);
+    glEnableVertexAttribArray(0);
+    glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, 5 * sizeof(float), nullptr);
+    glEnableVertexAttribArray(2);
+    glVertexAttribPointer(2, 2, GL_FLOAT, GL_FALSE, 5 * sizeof(float), reinterpret_cast<const void*>(3 * sizeof(float)));
+    glBindVertexArray(0);
+    b->vertices = g.vertices.size();
+    return *b;
+}
+
+unsigned RenderizadorEscena::texturaDe(const ImagenRGBA& imagen) {
+    auto& t = texturas_[&imagen];
+    if (t) return t;
+    glGenTextures(1, &t);
+    glBindTexture(GL_TEXTURE_2D, t);
+    // Rows come top down; texture coordinate 0 is the bottom row.
+    std::vector<std::uint8_t> filas(imagen.pixeles.size());
+    const std::size_t fila = static_cast<std::size_t>(imagen.ancho) * 4;
+    for (int y = 0; y < imagen.alto; ++y)
+        std::copy_n(imagen.pixeles.data() + static_cast<std::size_t>(imagen.alto - 1 - y) * fila, fila,
+                    filas.data() + static_cast<std::size_t>(y) * fila);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, imagen.ancho, imagen.alto, 0, GL_RGBA, GL_UNSIGNED_BYTE, filas.data());
+    glGenerateMipmap(GL_TEXTURE_2D);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT);
+    return t;
+}
+
+void RenderizadorEscena::dibujarSombras(Scene& escena, glm::mat4& luzVP) {
+    haySombra_ = false;
+    const auto luz = escena.rootNode()->childNodeWithName(nombreLuzDir, false);
+    if (!sombras || !luz || !luz->light() || !luz->light()->proyectaSombras || luz->isHidden()) return;
+    // An orthographic box around the light's place, along its direction.
+    const glm::mat4 mundo = luz->worldTransform();
+    const glm::vec3 dir = glm::normalize(glm::vec3(mundo * glm::vec4(0, 0, -1, 0)));
+    const glm::vec3 centro(mundo[3]);
+    const float s = std::max(luz->light()->orthographicScale, 1.0f);
+    const float fondo = s * 4.0f + 100.0f;
+    const glm::vec3 arriba = std::fabs(dir.z) > 0.99f ? glm::vec3(0, 1, 0) : glm::vec3(0, 0, 1);
+    const glm::mat4 vista = glm::lookAt(centro - dir * fondo, centro, arriba);
+    luzVP = glm::ortho(-s, s, -s, s, 0.0f, fondo * 2.0f) * vista;
+
+    glBindFramebuffer(GL_FRAMEBUFFER, sombraFbo_);
+    glViewport(0, 0, ladoSombra_, ladoSombra_);
+    glClear(GL_DEPTH_BUFFER_BIT);
+    glEnable(GL_DEPTH_TEST);
+    glDepthMask(GL_TRUE);
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    glPolygonOffset(2.0f, 4.0f);
+    progSombra_->bind();
+    progSombra_->setUniformValue("uEstado", 0);
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_BUFFER, tboTextura_);
+    glUniformMatrix4fv(progSombra_->uniformLocation("uLuzVP"), 1, GL_FALSE, glm::value_ptr(luzVP));
+    for (const auto& l : lotes_) {
+        if (!l->vertices) continue;
+        glUniformMatrix4fv(progSombra_->uniformLocation("uModelo"), 1, GL_FALSE,
+                           glm::value_ptr(l->raiz->worldTransform()));
+        progSombra_->setUniformValue("uBase", static_cast<int>(l->base));
+        glBindVertexArray(l->vao);
+        glDrawArrays(GL_TRIANGLES, 0, l->vertices);
+        ++estadisticas_.llamadasDibujo;
+    }
+    glDisable(GL_POLYGON_OFFSET_FILL);
+    haySombra_ = true;
+}
+
+void RenderizadorEscena::prepararIluminacion(QOpenGLShaderProgram& p, const CamaraRender& camara,
+                                             const glm::mat4& luzVP) {
+    float directa = 0, ambiente = 0;
+    glm::vec3 haciaLuz(0, 0, 1);
+    float oscuridad = 0;
+    if (escena_) {
+        for (const auto& n : escena_->rootNode()->childNodes()) {
+            if (!n->light() || n->isHidden()) continue;
+            const Light& l = *n->light();
+            if (l.tipo == TipoLuz::Ambiental) ambiente += l.intensidad / 1000.0f;
+            if (l.tipo == TipoLuz::Direccional) {
+                directa += l.intensidad / 1000.0f;
+                haciaLuz = -glm::vec3(n->worldTransform() * glm::vec4(0, 0, -1, 0));
+                if (l.proyectaSombras) oscuridad = l.colorSombra.a;
+            }
+        }
+    }
+    p.setUniformValue("uIntDirecta", directa);
+    p.setUniformValue("uIntAmbiente", ambiente);
+    const glm::vec3 enVista = glm::vec3(camara.vista * glm::vec4(haciaLuz, 0.0f));
+    p.setUniformValue("uDirLuzVista", enVista.x, enVista.y, enVista.z);
+    p.setUniformValue("uConSombras", haySombra_);
+    p.setUniformValue("uOscuridadSombra", oscuridad);
+    p.setUniformValue("uTexelSombra", 1.5f / static_cast<float>(ladoSombra_));
+    p.setUniformValue("uMapaSombra", 1);
+    glActiveTexture(GL_TEXTURE1);
+    glBindTexture(GL_TEXTURE_2D, sombraTextura_);
+    glUniformMatrix4fv(p.uniformLocation("uVista"), 1, GL_FALSE, glm::value_ptr(camara.vista));
+    glUniformMatrix4fv(p.uniformLocation("uProy"), 1, GL_FALSE, glm::value_ptr(camara.proyeccion));
+    glUniformMatrix4fv(p.uniformLocation("uLuzVP"), 1, GL_FALSE, glm::value_ptr(luzVP));
+}
+
+void RenderizadorEscena::dibujarLotes(QOpenGLShaderProgram& p, int pase) {
+    p.setUniformValue("uPase", pase);
+    for (const auto& l : lotes_) {
+        if (!l->vertices) continue;
+        glUniformMatrix4fv(p.uniformLocation("uModelo"), 1, GL_FALSE, glm::value_ptr(l->raiz->worldTransform()));
+        p.setUniformValue("uBase", static_cast<int>(l->base));
+        glBindVertexArray(l->vao);
+        glDrawArrays(GL_TRIANGLES, 0, l->vertices);
+        ++estadisticas_.llamadasDibujo;
+    }
+}
+
+void RenderizadorEscena::dibujarAyudantes(const CamaraRender& camara, const glm::mat4& luzVP, bool transparentes) {
+    // Helpers in rendering order; those that ignore depth come last.
+    std::vector<const Ayudante*> orden;
+    for (const auto& a : ayudantes_) orden.push_back(&a);
+    std::stable_sort(orden.begin(), orden.end(), [](const Ayudante* x, const Ayudante* y) {
+        const Material* mx = x->nodo->geometry()->firstMaterial();
+        const Material* my = y->nodo->geometry()->firstMaterial();
+        return (mx ? mx->renderingOrder() : 0) < (my ? my->renderingOrder() : 0);
+    });
+    QOpenGLShaderProgram& p = *progAyudante_;
+    p.bind();
+    prepararIluminacion(p, camara, luzVP);
+    p.setUniformValue("uTextura", 2);
+    for (const Ayudante* a : orden) {
+        const Node& n = *a->nodo;
+        const Geometry& g = *n.geometry();
+        bool oculto;
+        float opacidad;
+        estadoHeredado(n, oculto, opacidad);
+        const Material* m = g.firstMaterial();
+        const glm::vec4 c = colorEfectivo(m, opacidad, oculto);
+        if (c.a <= 0.0f) continue;
+        const bool conTextura = m && m->diffuseImagen();
+        const bool esTransparente = c.a < 0.999f || conTextura;
+        if (esTransparente != transparentes) continue;
+
+        BufferAyudante& b = bufferDe(g);
+        glUniformMatrix4fv(p.uniformLocation("uModelo"), 1, GL_FALSE, glm::value_ptr(n.worldTransform()));
+        p.setUniformValue("uDifuso", c.r, c.g, c.b, c.a);
+        const Color e = m ? m->emission() : Color{0, 0, 0, 1};
+        p.setUniformValue("uEmision", e.r, e.g, e.b);
+        p.setUniformValue("uModeloLuz", m ? codigoIluminacion(m->lightingModel()) : 0);
+        p.setUniformValue("uConTextura", conTextura);
+        if (conTextura) {
+            glActiveTexture(GL_TEXTURE2);
+            glBindTexture(GL_TEXTURE_2D, texturaDe(*m->diffuseImagen()));
+            p.setUniformValue("uEscalaTextura", m->escalaContenido().x, m->escalaContenido().y);
+        } else {
+            p.setUniformValue("uEscalaTextura", 1.0f, 1.0f);
+        }
+        if (!m || m->isDoubleSided()) glDisable(GL_CULL_FACE);
+        else glEnable(GL_CULL_FACE);
+        if (m && !m->readsFromDepthBuffer()) glDisable(GL_DEPTH_TEST);
+        else glEnable(GL_DEPTH_TEST);
+        glDepthMask(!transparentes && (!m || m->writesToDepthBuffer()));
+        glBindVertexArray(b.vao);
+        for (std::size_t k = 0; k < b.elementos.size(); ++k) {
+            const bool linea = b.elementos[k].first == Primitiva::Lineas;
+            p.setUniformValue("uEsLinea", linea);
+            glDrawElements(linea ? GL_LINES : GL_TRIANGLES, b.elementos[k].second, GL_UNSIGNED_INT,
+                           reinterpret_cast<const void*>(static_cast<std::size_t>(b.desde[k]) * sizeof(std::uint32_t)));
+            ++estadisticas_.llamadasDibujo;
+        }
+    }
+    glDisable(GL_CULL_FACE);
+    glEnable(GL_DEPTH_TEST);
+}
+
+void RenderizadorEscena::dibujar(Scene& escena, const CamaraRender& camara, int ancho, int alto, unsigned fbo) {
+    inicializar();
+    estadisticas_ = {};
+    sincronizar(escena);
+    glm::mat4 luzVP(1.0f);
+    dibujarSombras(escena, luzVP);
+
+    glBindFramebuffer(GL_FRAMEBUFFER, fbo);
+    glViewport(0, 0, ancho, alto);
+    glDepthMask(GL_TRUE);
+    glClearColor(0, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+
+    // Background.
+    glDisable(GL_DEPTH_TEST);
+    progFondo_->bind();
+    const Color abajo = fondoLiso.value_or(Color{0.68f, 0.64f, 0.84f, 1});
+    const Color arriba = fondoLiso.value_or(Color{0.93f, 0.91f, 0.97f, 1});
+    progFondo_->setUniformValue("uAbajo", abajo.r, abajo.g, abajo.b);
+    progFondo_->setUniformValue("uArriba", arriba.r, arriba.g, arriba.b);
+    glBindVertexArray(vaoVacio_);
+    glDrawArrays(GL_TRIANGLES, 0, 3);
+    ++estadisticas_.llamadasDibujo;
+
+    // Opaque pass.
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LEQUAL);
+    glDisable(GL_BLEND);
+    glDisable(GL_CULL_FACE);
+    progLote_->bind();
+    prepararIluminacion(*progLote_, camara, luzVP);
+    progLote_->setUniformValue("uEstado", 0);
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_BUFFER, tboTextura_);
+    dibujarLotes(*progLote_, 0);
+    dibujarAyudantes(camara, luzVP, false);
+
+    // Transparent pass: blended, without depth writes.
+    glEnable(GL_BLEND);
+    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    glDepthMask(GL_FALSE);
+    progLote_->bind();
+    prepararIluminacion(*progLote_, camara, luzVP);
+    progLote_->setUniformValue("uEstado", 0);
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_BUFFER, tboTextura_);
+    dibujarLotes(*progLote_, 1);
+    dibujarAyudantes(camara, luzVP, true);
+    glDepthMask(GL_TRUE);
+    glDisable(GL_BLEND);
+    glBindVertexArray(0);
+
+    estadisticas_.lotes = static_cast<int>(lotes_.size());
+    estadisticas_.ayudantes = static_cast<int>(ayudantes_.size());
+    estadisticas_.triangulos = 0;
+    estadisticas_.bytesGPU = elementos_ * 2 * sizeof(glm::vec4);
+    for (const auto& l : lotes_) {
+        estadisticas_.triangulos += static_cast<std::size_t>(l->vertices) / 3;
+        estadisticas_.bytesGPU += static_cast<std::size_t>(l->vertices) * sizeof(VerticeLote);
+    }
+}
+
+std::optional<ResultadoPick> RenderizadorEscena::elegir(Scene& escena, const CamaraRender& camara, int ancho,
+                                                        int alto, int x, int y, bool incluirPiso,
+                                                        unsigned fboVolver) {
+    inicializar();
+    sincronizar(escena);
+    if (x < 0 || y < 0 || x >= ancho || y >= alto) return std::nullopt;
+    if (!idFbo_ || idAncho_ != ancho || idAlto_ != alto) {
+        if (!idFbo_) {
+            glGenFramebuffers(1, &idFbo_);
+            glGenRenderbuffers(1, &idColor_);
+            glGenRenderbuffers(1, &idProfundidad_);
+        }
+        glBindRenderbuffer(GL_RENDERBUFFER, idColor_);
+        glRenderbufferStorage(GL_RENDERBUFFER, GL_R32UI, ancho, alto);
+        glBindRenderbuffer(GL_RENDERBUFFER, idProfundidad_);
+        glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT24, ancho, alto);
+        glBindFramebuffer(GL_FRAMEBUFFER, idFbo_);
+        glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, idColor_);
+        glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, idProfundidad_);
+        idAncho_ = ancho;
+        idAlto_ = alto;
+    }
+    glBindFramebuffer(GL_FRAMEBUFFER, idFbo_);
+    glViewport(0, 0, ancho, alto);
+    const GLuint cero[4] = {0, 0, 0, 0};
+    glClearBufferuiv(GL_COLOR, 0, cero);
+    glClear(GL_DEPTH_BUFFER_BIT);
+    glEnable(GL_DEPTH_TEST);
+    glDepthMask(GL_TRUE);
+    glDisable(GL_BLEND);
+    glDisable(GL_CULL_FACE);
+    // Only the pixel under the click is needed.
+    glEnable(GL_SCISSOR_TEST);
+    glScissor(x, alto - 1 - y, 1, 1);
+
+    QOpenGLShaderProgram& p = *progId_;
+    p.bind();
+    glUniformMatrix4fv(p.uniformLocation("uVista"), 1, GL_FALSE, glm::value_ptr(camara.vista));
+    glUniformMatrix4fv(p.uniformLocation("uProy"), 1, GL_FALSE, glm::value_ptr(camara.proyeccion));
+    p.setUniformValue("uEstado", 0);
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_BUFFER, tboTextura_);
+    p.setUniformValue("uUnico", false);
+    for (const auto& l : lotes_) {
+        if (!l->vertices) continue;
+        glUniformMatrix4fv(p.uniformLocation("uModelo"), 1, GL_FALSE, glm::value_ptr(l->raiz->worldTransform()));
+        p.setUniformValue("uBase", static_cast<int>(l->base));
+        glBindVertexArray(l->vao);
+        glDrawArrays(GL_TRIANGLES, 0, l->vertices);
+    }
+    p.setUniformValue("uUnico", true);
+    p.setUniformValue("uBase", 0);
+    for (const auto& a : ayudantes_) {
+        const Node& n = *a.nodo;
+        if (!incluirPiso && n.name() && *n.name() == nombrePiso) continue;
+        bool oculto;
+        float opacidad;
+        estadoHeredado(n, oculto, opacidad);
+        if (oculto || opacidad <= 0) continue;
+        BufferAyudante& b = bufferDe(*n.geometry());
+        glUniformMatrix4fv(p.uniformLocation("uModelo"), 1, GL_FALSE, glm::value_ptr(n.worldTransform()));
+        glUniform1ui(p.uniformLocation("uIdUnico"), static_cast<GLuint>(a.id));
+        glBindVertexArray(b.vao);
+        for (std::size_t k = 0; k < b.elementos.size(); ++k)
+            if (b.elementos[k].first == Primitiva::Triangulos)
+                glDrawElements(GL_TRIANGLES, b.elementos[k].second, GL_UNSIGNED_INT,
+                               reinterpret_cast<const void*>(static_cast<std::size_t>(b.desde[k]) * sizeof(std::uint32_t)));
+    }
+    glBindVertexArray(0);
+    glDisable(GL_SCISSOR_TEST);
+
+    GLuint id = 0;
+    float profundidad = 1.0f;
+    glReadBuffer(GL_COLOR_ATTACHMENT0);
+    glReadPixels(x, alto - 1 - y, 1, 1, GL_RED_INTEGER, GL_UNSIGNED_INT, &id);
+    glReadPixels(x, alto - 1 - y, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &profundidad);
+    glBindFramebuffer(GL_FRAMEBUFFER, fboVolver);
+    if (id == 0 || id > nodoDeId_.size()) return std::nullopt;
+    auto nodo = nodoDeId_[id - 1].lock();
+    if (!nodo) return std::nullopt;
+    const float ndcX = (static_cast<float>(x) + 0.5f) / static_cast<float>(ancho) * 2.0f - 1.0f;
+    const float ndcY = 1.0f - (static_cast<float>(y) + 0.5f) / static_cast<float>(alto) * 2.0f;
+    return ResultadoPick{nodo, camara.desproyectar(ndcX, ndcY, profundidad)};
+}
+
+} // namespace teskal
