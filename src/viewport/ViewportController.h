@@ -35,6 +35,8 @@ public:
     bool animando() const { return animacion_.state() == QAbstractAnimation::Running; }
     // Jumps to the end of the running move.
     void terminarAnimacion();
+    // Stops the running move where it stands (the user took the camera).
+    void detenerAnimacion() { animacion_.stop(); }
 
 signals:
     // The camera moved or changed: the view should draw again.

@@ -19,7 +19,7 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"plus", "list-add"},
         {"plus.circle", "list-add"},
         {"trash", "user-trash"},
-        {"scope", "zoom-fit-best"},
+        {"scope", "zoom-fit-best-symbolic"},
         {"link", "insert-link"},
         {"paintpalette", "color-select-symbolic"},
         {"ellipsis.circle", "view-more-symbolic"},
@@ -27,6 +27,8 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"doc.badge.plus", "document-open"},
         {"folder.badge.plus", "document-open"},
         {"info.circle", "help-about"},
+        {"scissors", "edit-cut-symbolic"},
+        {"scissors.fill", "edit-cut-symbolic"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

@@ -6,6 +6,9 @@
 #include "federation/ContentView.h"
 #include "federation/ui/DialogosFederacion.h"
 #include "federation/ui/PanelFederacion.h"
+#include "viewport/ui/BarraVisor.h"
+#include "viewport/ui/LeyendaVisor.h"
+#include "viewport/ui/VisorEscena.h"
 
 #include <QFileDialog>
 #include <QGridLayout>
@@ -43,10 +46,18 @@ VentanaPrincipal::VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro
     capas->setContentsMargins(0, 0, 0, 0);
     detalle_ = new QStackedWidget(columnaDetalle);
     bienvenida_ = new VistaBienvenida(cv_, centro_, detalle_);
+    // The 3D view with the toolbar and the legend floating over it.
     visor_ = new QWidget(detalle_);
     visor_->setObjectName(QStringLiteral("visor3D"));
-    visor_->setLayout(new QVBoxLayout);
-    visor_->layout()->setContentsMargins(0, 0, 0, 0);
+    auto* capasVisor = new QGridLayout(visor_);
+    capasVisor->setContentsMargins(0, 0, 0, 0);
+    visorEscena_ = new VisorEscena(cv_, visor_);
+    capasVisor->addWidget(visorEscena_, 0, 0);
+    auto* herramientas = new BarraVisor(cv_, visor_);
+    capasVisor->addWidget(herramientas, 0, 0, Qt::AlignTop | Qt::AlignHCenter);
+    auto* leyenda = new LeyendaVisor(cv_, visor_);
+    capasVisor->addWidget(leyenda, 0, 0, Qt::AlignTop | Qt::AlignRight);
+
     detalle_->addWidget(bienvenida_);
     detalle_->addWidget(visor_);
     capas->addWidget(detalle_, 0, 0);

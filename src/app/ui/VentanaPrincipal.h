@@ -16,6 +16,7 @@ class DialogoColorEspecialidad;
 class DialogoNuevaEspecialidad;
 class DialogoTransformacion;
 class VentanaAcercaDe;
+class VisorEscena;
 
 // The workbench's main window: the sidebar with its sections, the detail
 // column (welcome state or 3D view) with the progress overlay, the menus, and
@@ -25,8 +26,7 @@ class VentanaPrincipal : public QMainWindow {
 public:
     VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro, QWidget* parent = nullptr);
 
-    // The detail column's 3D view slot, filled by the viewport.
-    QWidget* areaVisor() const { return visor_; }
+    VisorEscena* visorEscena() const { return visorEscena_; }
 
 private:
     void crearMenus();
@@ -41,6 +41,7 @@ private:
     QStackedWidget* detalle_ = nullptr;
     QWidget* bienvenida_ = nullptr;
     QWidget* visor_ = nullptr;
+    VisorEscena* visorEscena_ = nullptr;
     QWidget* superposicion_ = nullptr;
     QLabel* textoProgreso_ = nullptr;
     QPointer<QFileDialog> selector_;

@@ -53,12 +53,15 @@ vec3 sombrear(vec3 difuso, vec3 emision, int modelo, vec3 posVista, vec4 posLuz)
     vec3 n = normalize(cross(dFdx(posVista), dFdy(posVista)));
     if (dot(n, -posVista) < 0.0) n = -n;
     vec3 color;
-    float sombra = luzSinSombra(posLuz);
+    float sombra = 1.0;
     if (modelo == 2) {
         color = difuso;
     } else {
-        float directa = max(dot(n, normalize(uDirLuzVista)), 0.0) * uIntDirecta;
+        float incidencia = dot(n, normalize(uDirLuzVista));
+        float directa = max(incidencia, 0.0) * uIntDirecta;
         color = difuso * (uIntAmbiente + directa);
+        // A face turned away from the light is unlit already: no shadow on top.
+        if (incidencia > 0.0) sombra = mix(1.0, luzSinSombra(posLuz), clamp(incidencia * 8.0, 0.0, 1.0));
     }
     color += emision;
     return color * (1.0 - uOscuridadSombra * (1.0 - sombra));

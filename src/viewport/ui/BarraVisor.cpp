@@ -1,0 +1,145 @@
+#include "viewport/ui/BarraVisor.h"
+
+#include "app/ui/Iconos.h"
+#include "federation/ContentView.h"
+#include "federation/Formato.h"
+
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QSlider>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace teskal {
+
+namespace {
+
+QString q(const std::string& s) { return QString::fromStdString(s); }
+
+// The popover of the camera cut: its switch, and while on, the distance.
+QFrame* crearPopoverCorte(ContentView& cv, QWidget* padre) {
+    auto* p = new QFrame(padre, Qt::Popup);
+    p->setObjectName(QStringLiteral("popoverCorte"));
+    p->setFrameShape(QFrame::StyledPanel);
+    p->setAttribute(Qt::WA_DeleteOnClose);
+    auto* v = new QVBoxLayout(p);
+    auto* interruptor = new QCheckBox(QStringLiteral("Corte de cámara"), p);
+    interruptor->setObjectName(QStringLiteral("interruptorCorte"));
+    interruptor->setIcon(iconoSimbolo("scissors.fill"));
+    interruptor->setChecked(cv.modoCorteCamara);
+    v->addWidget(interruptor);
+    auto* texto = new QLabel(QStringLiteral("Recorta la geometría frente a la cámara según la distancia indicada. "
+                                            "Útil para navegar en interiores sin modificar la sección permanente "
+                                            "de la escena."),
+                             p);
+    texto->setWordWrap(true);
+    texto->setMaximumWidth(300);
+    v->addWidget(texto);
+
+    auto* detalle = new QWidget(p);
+    auto* d = new QVBoxLayout(detalle);
+    d->setContentsMargins(0, 0, 0, 0);
+    auto* cabecera = new QHBoxLayout;
+    cabecera->addWidget(new QLabel(QStringLiteral("Distancia de corte"), detalle), 1);
+    auto* valor = new QLabel(q(formato("%.2f m", cv.distanciaCorte)), detalle);
+    valor->setObjectName(QStringLiteral("valorCorte"));
+    cabecera->addWidget(valor);
+    d->addLayout(cabecera);
+    auto* filaDeslizador = new QHBoxLayout;
+    filaDeslizador->addWidget(new QLabel(QStringLiteral("0.05"), detalle));
+    auto* deslizador = new QSlider(Qt::Horizontal, detalle);
+    deslizador->setObjectName(QStringLiteral("deslizadorCorte"));
+    deslizador->setRange(1, 100); // steps of 0.05 m
+    deslizador->setValue(static_cast<int>(std::lround(cv.distanciaCorte / 0.05)));
+    filaDeslizador->addWidget(deslizador, 1);
+    filaDeslizador->addWidget(new QLabel(QStringLiteral("5.0 m"), detalle));
+    d->addLayout(filaDeslizador);
+    auto* nota = new QHBoxLayout;
+    auto* icono = new QLabel(detalle);
+    icono->setPixmap(iconoSimbolo("info.circle").pixmap(12, 12));
+    nota->addWidget(icono);
+    nota->addWidget(new QLabel(QStringLiteral("Acércate a una pared para ver el efecto del corte."), detalle), 1);
+    d->addLayout(nota);
+    detalle->setVisible(cv.modoCorteCamara);
+    v->addWidget(detalle);
+
+    QObject::connect(interruptor, &QCheckBox::toggled, p, [&cv, detalle, p](bool activo) {
+        cv.fijarModoCorte(activo);
+        detalle->setVisible(activo);
+        if (!activo) p->close();
+    });
+    QObject::connect(deslizador, &QSlider::valueChanged, p, [&cv, valor](int paso) {
+        cv.fijarDistanciaCorte(paso * 0.05);
+        valor->setText(q(formato("%.2f m", cv.distanciaCorte)));
+    });
+    QObject::connect(p, &QObject::destroyed, &cv, [&cv] {
+        if (cv.mostrarPopoverCorte) cv.cerrarPopoverCorte();
+    });
+    return p;
+}
+
+} // namespace
+
+BarraVisor::BarraVisor(ContentView& cv, QWidget* parent) : QFrame(parent), cv_(cv) {
+    setObjectName(QStringLiteral("barraVisor"));
+    setAttribute(Qt::WA_StyledBackground);
+    setStyleSheet(QStringLiteral("#barraVisor { background: rgba(255, 255, 255, 225); border-radius: 8px; }"));
+    auto* h = new QHBoxLayout(this);
+    h->setContentsMargins(6, 4, 6, 4);
+
+    auto* extension = new QToolButton(this);
+    extension->setObjectName(QStringLiteral("zoomExtents"));
+    extension->setIcon(iconoSimbolo("scope"));
+    extension->setToolTip(QStringLiteral("Zoom extents"));
+    extension->setAutoRaise(true);
+    connect(extension, &QToolButton::clicked, this, [this] { cv_.zoomExtents(); });
+    h->addWidget(extension);
+
+    auto* vistas = new QToolButton(this);
+    vistas->setObjectName(QStringLiteral("vistasPreset"));
+    vistas->setText(QStringLiteral("Vistas"));
+    vistas->setToolTip(QStringLiteral("Vistas predefinidas"));
+    vistas->setPopupMode(QToolButton::InstantPopup);
+    vistas->setAutoRaise(true);
+    auto* menu = new QMenu(vistas);
+    for (VistaPreset v : vistasPreset) {
+        const auto nombre = nombreVistaPreset(v);
+        menu->addAction(QString::fromUtf8(nombre.data(), static_cast<qsizetype>(nombre.size())), this,
+                        [this, v] { cv_.aplicarVistaPreset(v); });
+    }
+    vistas->setMenu(menu);
+    h->addWidget(vistas);
+
+    corte_ = new QToolButton(this);
+    corte_->setObjectName(QStringLiteral("botonCorte"));
+    corte_->setIcon(iconoSimbolo("scissors"));
+    corte_->setText(QStringLiteral("Corte"));
+    corte_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    corte_->setAutoRaise(true);
+    corte_->setCheckable(true);
+    connect(corte_, &QToolButton::clicked, this, [this] { cv_.pulsarCorte(); });
+    h->addWidget(corte_);
+
+    connect(&cv_, &ContentView::changed, this, &BarraVisor::sincronizar);
+    sincronizar();
+}
+
+void BarraVisor::sincronizar() {
+    corte_->setChecked(cv_.modoCorteCamara);
+    corte_->setToolTip(cv_.modoCorteCamara
+                           ? q("Corte de cámara activo (" + formato("%.2f", cv_.distanciaCorte) +
+                               " m) — clic para ajustar")
+                           : QStringLiteral("Corte de cámara — navegación interior sin seccionar la escena"));
+    if (cv_.mostrarPopoverCorte && !popover_) {
+        popover_ = crearPopoverCorte(cv_, this);
+        popover_->adjustSize();
+        popover_->move(corte_->mapToGlobal(QPoint(0, corte_->height() + 4)));
+        popover_->show();
+    } else if (!cv_.mostrarPopoverCorte && popover_) {
+        popover_->close();
+    }
+}
+
+} // namespace teskal
