@@ -15,7 +15,13 @@ glm::vec3 eulerDeMatriz(const glm::mat3& m) {
     // R = Rx(a) Ry(b) Rz(c): R(0,2) = sin b, R(1,2) = -sin a cos b,
     // R(2,2) = cos a cos b, R(0,0) = cos b cos c, R(0,1) = -cos b sin c.
     const float r02 = m[2][0], r12 = m[2][1], r22 = m[2][2], r00 = m[0][0], r01 = m[1][0];
-    return {std::atan2(-r12, r22), std::asin(std::clamp(r02, -1.0f, 1.0f)), std::atan2(-r01, r00)};
+    const float b = std::asin(std::clamp(r02, -1.0f, 1.0f));
+    if (std::fabs(r02) > 0.99999f) {
+        // Looking along X: pitch and roll turn about the same axis; all of
+        // the turn goes to the roll, read from R(1,0) = sin c, R(1,1) = cos c.
+        return {0.0f, b, std::atan2(m[0][1], m[1][1])};
+    }
+    return {std::atan2(-r12, r22), b, std::atan2(-r01, r00)};
 }
 
 } // namespace
