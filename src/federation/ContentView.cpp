@@ -127,6 +127,7 @@ void ContentView::desvincularTodos(const std::string& clave) {
     e.modelos.clear();
     e.isVisible = true;
     propiedadesIFC.erase(clave);
+    limpiarInterferencias();
     emit changed();
 }
 
@@ -219,6 +220,7 @@ void ContentView::confirmarEliminarModelo() {
         desvincularTodos(ref.clave);
         return;
     }
+    limpiarInterferencias();
     emit changed();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analyses/clash/Interferencias.h"
 #include "federation/Especialidades.h"
 #include "federation/GlobalIdsIFC.h"
 #include "federation/GrillasIFC.h"
@@ -10,6 +11,7 @@
 
 #include <QObject>
 #include <map>
+#include <set>
 #include <memory>
 #include <optional>
 #include <string>
@@ -79,6 +81,20 @@ public:
     double distanciaCorte = 0.5;
     bool mostrarPopoverCorte = false;
 
+    // Clash analysis.
+    bool mostrarConfigAnalisis = false;
+    std::string nombreAnalisis;
+    double toleranciaAnalisis = 0.02;
+    bool excluirResueltos = true;
+    std::vector<std::pair<std::string, std::string>> paresDisponibles;
+    std::set<std::string> paresActivos;
+    bool detectando = false;
+    std::vector<Interferencia> interferencias; // the latest run, lit in orange
+    std::vector<AnalisisInterferencias> historialAnalisis;
+    std::set<std::string> analisisExpandidos;
+    std::vector<std::shared_ptr<Node>> nodosDestacadosHistorial;
+    std::optional<std::size_t> analisisPendienteEliminar;
+
     // Reporting.
     std::optional<std::string> errorMessage;
     bool showError = false;
@@ -140,6 +156,24 @@ public:
     // True while the node is one of the two elements of a listed clash.
     bool enInterferencia(const Node& nodo) const;
 
+    // Clash detection and review.
+    // True when at least two disciplines have models ("Nueva detección").
+    bool puedeDetectar() const;
+    void abrirConfigAnalisis();
+    void cancelarConfigAnalisis();
+    void iniciarDeteccion(const std::string& nombre, double tolerancia);
+    void registrarAnalisis(const std::string& nombre, std::vector<Interferencia> resultado, double tolerancia);
+    void enfocarInterferencia(const Interferencia& i);
+    void restaurarDestacados();
+    void cambiarEstado(std::size_t analisis, std::size_t interferencia, EstadoClash estado);
+    void pedirEliminarAnalisis(std::size_t indice);
+    void eliminarAnalisis();
+    void cancelarEliminarAnalisis();
+    void alternarAnalisisExpandido(const std::string& id);
+    // The candidates of a search: every element of the analysable disciplines
+    // whose box has extent, with its box read now.
+    std::vector<NodoBB> candidatosInterferencia() const;
+
     // Scene assembly.
     void integrarModelo(ModeloConvertido convertido, const std::string& rutaOrigen, const std::string& rutaSalida);
     void recolorearModelos();
@@ -160,6 +194,7 @@ signals:
 private:
     ModeloVinculado* buscarModeloMutable(const std::string& clave, const std::string& id);
     void pintarModelo(const ModeloVinculado& m, const Color& color, bool conOpacidad);
+    void limpiarInterferencias();
     void limpiarResaltado();
 
     std::string carpetaPrograma_;

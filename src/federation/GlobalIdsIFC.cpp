@@ -18,7 +18,7 @@ GlobalIdsPorNombre leerGlobalIdsTexto(std::string_view texto) {
     recorrerSentenciasSTEP(texto, [&](std::string_view sentencia, bool) {
         if (!partirEntidadSTEP(sentencia, partes)) return;
         if (!esProducto(clasificarTipoIFC(partes.tipo))) return;
-        separarArgumentosSTEP(partes.args, args);
+        separarArgumentosSTEP(partes.args, args, 3);
         if (args.size() < 3) return;
         std::string gid = limpiarTextoSTEP(args[0]);
         std::string nombre = limpiarTextoSTEP(args[2]);

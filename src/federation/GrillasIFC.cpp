@@ -71,7 +71,7 @@ std::vector<EjeGrilla> leerGrillasIFCTexto(std::string_view texto) {
 
     for (std::size_t i = 0; i < entidades.size(); ++i) {
         if (entidades[i].tipo != TipoIFC::Grid || !tabla.vigente(i)) continue;
-        separarArgumentosSTEP(entidades[i].args, args);
+        separarArgumentosSTEP(entidades[i].args, args, 9);
         if (args.size() < 9) continue;
         const std::vector<std::int64_t> listas[2] = {leerListaReferencias(args[7]),
                                                      leerListaReferencias(args[8])};
@@ -80,7 +80,7 @@ std::vector<EjeGrilla> leerGrillasIFCTexto(std::string_view texto) {
                 const EntidadIFC* eje = tabla.buscar(numeroEje);
                 if (!eje || eje->tipo != TipoIFC::GridAxis) continue;
                 std::vector<std::string_view> argsEje;
-                separarArgumentosSTEP(eje->args, argsEje);
+                separarArgumentosSTEP(eje->args, argsEje, 2);
                 if (argsEje.size() < 2) continue;
                 const auto curva = leerReferencia(argsEje[1]);
                 if (!curva) continue;

@@ -24,43 +24,50 @@ PropiedadesModelo leerPropiedadesIFCTexto(std::string_view texto) {
     const auto& entidades = tabla.entidades();
     std::vector<std::string_view> args;
 
+    std::size_t productos = 0;
+    for (const EntidadIFC& e : entidades) productos += esProducto(e.tipo);
+    resultado.reserve(productos);
+
     // Product pass. The entry each product feeds is remembered by entity, so
     // the relation pass reads each product's Name once.
     std::vector<PropiedadesElemento*> entradaDe(entidades.size(), nullptr);
     for (std::size_t i = 0; i < entidades.size(); ++i) {
         const EntidadIFC& e = entidades[i];
         if (!esProducto(e.tipo) || !tabla.vigente(i)) continue;
-        separarArgumentosSTEP(e.args, args);
+        separarArgumentosSTEP(e.args, args, 3);
         if (args.size() < 3) continue;
         std::string nombre = limpiarTextoSTEP(args[2]);
         if (nombre.empty()) continue;
         PropiedadesElemento& entrada = resultado[std::move(nombre)];
-        entrada[std::string(claveTipoIFC)] = std::string(nombreTipoIFC(e.tipo));
+        entrada.insert_or_assign(std::string(claveTipoIFC), std::string(nombreTipoIFC(e.tipo)));
         entradaDe[i] = &entrada;
     }
 
     // Relation pass, in file order: a later relation overwrites an earlier one.
     std::vector<std::pair<std::string, std::string>> pares;
+    std::vector<std::int64_t> relacionados;
+    std::vector<std::int64_t> referencias;
+    std::vector<PropiedadesElemento*> destinos;
     for (std::size_t i = 0; i < entidades.size(); ++i) {
         const EntidadIFC& rel = entidades[i];
         if (rel.tipo != TipoIFC::RelDefinesByProperties || !tabla.vigente(i)) continue;
-        separarArgumentosSTEP(rel.args, args);
+        separarArgumentosSTEP(rel.args, args, 6);
         if (args.size() < 6) continue;
-        const auto relacionados = leerListaReferencias(args[4]);
+        leerListaReferencias(args[4], relacionados);
         const auto definicion = leerReferencia(args[5]);
         if (!definicion) continue;
         const EntidadIFC* pset = tabla.buscar(*definicion);
         if (!pset || pset->tipo != TipoIFC::PropertySet) continue;
-        separarArgumentosSTEP(pset->args, args);
+        separarArgumentosSTEP(pset->args, args, 5);
         if (args.size() < 5) continue;
         const std::string nombrePset = limpiarTextoSTEP(args[2]);
-        const auto referencias = leerListaReferencias(args[4]);
+        leerListaReferencias(args[4], referencias);
 
         pares.clear();
         for (const std::int64_t ref : referencias) {
             const EntidadIFC* prop = tabla.buscar(ref);
             if (!prop || prop->tipo != TipoIFC::PropertySingleValue) continue;
-            separarArgumentosSTEP(prop->args, args);
+            separarArgumentosSTEP(prop->args, args, 3);
             if (args.size() < 3) continue;
             std::string nombre = limpiarTextoSTEP(args[0]);
             if (nombre.empty()) continue;
@@ -70,13 +77,18 @@ PropiedadesModelo leerPropiedadesIFCTexto(std::string_view texto) {
             pares.emplace_back(std::move(clave), leerValorNominal(args[2]));
         }
 
+        destinos.clear();
         for (const std::int64_t ref : relacionados) {
             const EntidadIFC* objeto = tabla.buscar(ref);
             if (!objeto || !esProducto(objeto->tipo)) continue;
             PropiedadesElemento* entrada = entradaDe[static_cast<std::size_t>(objeto - entidades.data())];
-            if (!entrada) continue; // fewer than 3 arguments or an empty Name
-            for (const auto& [clave, valor] : pares) (*entrada)[clave] = valor;
+            if (entrada) destinos.push_back(entrada); // none: fewer than 3 arguments or an empty Name
         }
+        // Every element but the last gets copies; the last takes the pairs.
+        for (std::size_t d = 0; d + 1 < destinos.size(); ++d)
+            for (const auto& [clave, valor] : pares) destinos[d]->insert_or_assign(clave, valor);
+        if (!destinos.empty())
+            for (auto& [clave, valor] : pares) destinos.back()->insert_or_assign(std::move(clave), std::move(valor));
     }
     return resultado;
 }

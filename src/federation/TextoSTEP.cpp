@@ -1,29 +1,54 @@
 #include "federation/TextoSTEP.h"
 
+#include <array>
+#include <limits>
+
 namespace teskal {
 
-void separarArgumentosSTEP(std::string_view args, std::vector<std::string_view>& destino) {
+namespace {
+
+// The bytes that the argument split acts on: quote, parentheses and comma.
+constexpr std::array<bool, 256> especialesArgumentos = [] {
+    std::array<bool, 256> t{};
+    t['\''] = t['('] = t[')'] = t[','] = true;
+    return t;
+}();
+
+} // namespace
+
+void separarArgumentosSTEP(std::string_view args, std::vector<std::string_view>& destino,
+                           std::size_t maximo) {
     destino.clear();
-    bool enTexto = false;
+    if (maximo == 0) return;
+    const char* p = args.data();
+    const char* const fin = p + args.size();
+    const char* inicio = p;
     std::int64_t profundidad = 0; // a text over 2 GB can hold more than INT_MAX "("
-    std::size_t inicio = 0;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const char c = args[i];
+    while (true) {
+        while (p < fin && !especialesArgumentos[static_cast<unsigned char>(*p)]) ++p;
+        if (p == fin) break;
+        const char c = *p++;
         if (c == '\'') {
-            enTexto = !enTexto;
-        } else if (enTexto) {
-            continue;
+            // Inside a string only the closing quote counts.
+            const void* cierre = std::memchr(p, '\'', static_cast<std::size_t>(fin - p));
+            if (!cierre) break;
+            p = static_cast<const char*>(cierre) + 1;
         } else if (c == '(') {
             ++profundidad;
         } else if (c == ')') {
             --profundidad;
-        } else if (c == ',' && profundidad == 0) {
-            destino.push_back(recortar(args.substr(inicio, i - inicio)));
-            inicio = i + 1;
+        } else if (profundidad == 0) { // a comma
+            destino.push_back(recortar(std::string_view(inicio, static_cast<std::size_t>(p - 1 - inicio))));
+            if (destino.size() == maximo) return;
+            inicio = p;
         }
     }
-    const std::string_view resto = recortar(args.substr(inicio));
+    const std::string_view resto = recortar(std::string_view(inicio, static_cast<std::size_t>(fin - inicio)));
     if (!resto.empty()) destino.push_back(resto);
+}
+
+void separarArgumentosSTEP(std::string_view args, std::vector<std::string_view>& destino) {
+    separarArgumentosSTEP(args, destino, std::numeric_limits<std::size_t>::max());
 }
 
 std::vector<std::string_view> separarArgumentosSTEP(std::string_view args) {
@@ -145,8 +170,8 @@ std::string leerValorNominal(std::string_view s) {
     return limpiarTextoSTEP(s);
 }
 
-std::vector<std::int64_t> leerListaReferencias(std::string_view s) {
-    std::vector<std::int64_t> r;
+void leerListaReferencias(std::string_view s, std::vector<std::int64_t>& destino) {
+    destino.clear();
     s = recortar(s);
     if (!s.empty() && s.front() == '(') s = s.size() >= 2 ? s.substr(1, s.size() - 2) : std::string_view();
     std::size_t inicio = 0;
@@ -155,9 +180,14 @@ std::vector<std::int64_t> leerListaReferencias(std::string_view s) {
         if (coma == std::string_view::npos) coma = s.size();
         const std::string_view pieza = recortar(s.substr(inicio, coma - inicio));
         if (!pieza.empty() && pieza.front() == '#')
-            if (const auto n = leerEntero(pieza.substr(1))) r.push_back(*n);
+            if (const auto n = leerEntero(pieza.substr(1))) destino.push_back(*n);
         inicio = coma + 1;
     }
+}
+
+std::vector<std::int64_t> leerListaReferencias(std::string_view s) {
+    std::vector<std::int64_t> r;
+    leerListaReferencias(s, r);
     return r;
 }
 
@@ -168,12 +198,19 @@ std::optional<std::int64_t> leerReferencia(std::string_view s) {
 }
 
 bool partirEntidadSTEP(std::string_view sentencia, PartesEntidad& partes) {
-    const std::size_t igual = sentencia.find('=');
-    const std::size_t parentesis = sentencia.find('(');
-    if (igual == std::string_view::npos || parentesis == std::string_view::npos || parentesis < igual)
-        return false;
-    partes.numero = sentencia.substr(1, igual - 1);
-    partes.tipo = sentencia.substr(igual + 1, parentesis - igual - 1);
+    // The first "=" must come before the first "(": one scan finds both.
+    const char* const inicio = sentencia.data();
+    const char* const fin = inicio + sentencia.size();
+    const char* p = inicio;
+    while (p < fin && *p != '=' && *p != '(') ++p;
+    if (p == fin || *p == '(') return false;
+    const char* const igual = p;
+    while (p < fin && *p != '(') ++p;
+    if (p == fin) return false;
+    const std::size_t posIgual = static_cast<std::size_t>(igual - inicio);
+    const std::size_t parentesis = static_cast<std::size_t>(p - inicio);
+    partes.numero = sentencia.substr(1, posIgual - 1);
+    partes.tipo = sentencia.substr(posIgual + 1, parentesis - posIgual - 1);
     std::string_view args = sentencia.substr(parentesis + 1);
     if (!args.empty() && args.back() == ';') args.remove_suffix(1);
     if (!args.empty() && args.back() == ')') args.remove_suffix(1);

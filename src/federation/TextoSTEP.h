@@ -19,6 +19,11 @@ namespace teskal {
 std::vector<std::string_view> separarArgumentosSTEP(std::string_view args);
 // The same, into a buffer the caller reuses.
 void separarArgumentosSTEP(std::string_view args, std::vector<std::string_view>& destino);
+// Only the first `maximo` pieces: the same pieces as the whole split gives,
+// and as many of them as it has up to `maximo`, so "at least n arguments"
+// reads the same with any maximo >= n. The rest of the text is not scanned.
+void separarArgumentosSTEP(std::string_view args, std::vector<std::string_view>& destino,
+                           std::size_t maximo);
 
 // A STEP string or value as text: "$" and "*" are empty, the surrounding
 // apostrophes go, \X2\ and \X\ escapes are decoded. Doubled apostrophes stay.
@@ -33,6 +38,8 @@ std::string leerValorNominal(std::string_view s);
 
 // The instance numbers of a list such as (#1,#2,#3); other pieces are skipped.
 std::vector<std::int64_t> leerListaReferencias(std::string_view s);
+// The same, into a buffer the caller reuses.
+void leerListaReferencias(std::string_view s, std::vector<std::int64_t>& destino);
 
 // The instance number of a reference "#12", or none.
 std::optional<std::int64_t> leerReferencia(std::string_view s);

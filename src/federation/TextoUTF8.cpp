@@ -12,7 +12,13 @@ bool esUTF8Valido(std::string_view texto) {
     const auto* p = reinterpret_cast<const unsigned char*>(texto.data());
     const auto* fin = p + texto.size();
     while (p < fin) {
-        // Plain ASCII runs, eight bytes at a time.
+        // Plain ASCII runs, thirty-two and then eight bytes at a time.
+        while (fin - p >= 32) {
+            std::uint64_t b[4];
+            std::memcpy(b, p, 32);
+            if ((b[0] | b[1] | b[2] | b[3]) & 0x8080808080808080ull) break;
+            p += 32;
+        }
         while (fin - p >= 8) {
             std::uint64_t bloque;
             std::memcpy(&bloque, p, 8);
@@ -88,12 +94,31 @@ std::size_t blancoAlFinal(std::string_view s) {
 } // namespace
 
 std::string_view recortar(std::string_view s) {
+    // Most texts begin and end with an ASCII byte that is not a blank: no
+    // blank can start at the first byte nor end at the last one.
+    if (s.empty()) return s;
+    const auto primero = static_cast<unsigned char>(s.front());
+    const auto ultimo = static_cast<unsigned char>(s.back());
+    if (primero < 0x80 && primero != ' ' && primero != '\t' && ultimo < 0x80 && ultimo != ' ' &&
+        ultimo != '\t')
+        return s;
     while (std::size_t k = blancoAlInicio(s)) s.remove_prefix(k);
     while (std::size_t k = blancoAlFinal(s)) s.remove_suffix(k);
     return s;
 }
 
 std::optional<std::int64_t> leerEntero(std::string_view s) {
+    // Up to 18 plain digits can't overflow: read them directly.
+    if (!s.empty() && s.size() <= 18) {
+        std::int64_t v = 0;
+        std::size_t i = 0;
+        for (; i < s.size(); ++i) {
+            const unsigned d = static_cast<unsigned char>(s[i]) - '0';
+            if (d > 9) break;
+            v = v * 10 + d;
+        }
+        if (i == s.size()) return v;
+    }
     if (!s.empty() && s[0] == '+') {
         s.remove_prefix(1);
         if (!s.empty() && s[0] == '-') return std::nullopt;

@@ -80,6 +80,17 @@ void ViewportController::aplicarVista(VistaPreset vista, const glm::dvec3& c, fl
     mover(centro + desde, centro, arriba, 600);
 }
 
+void ViewportController::volarA(const glm::vec3& posicion, const glm::vec3& objetivo, float cercano, float lejano,
+                                int milisegundos) {
+    auto camara = camara_.lock();
+    if (!camara || !camara->camera()) return;
+    Camera cam = *camara->camera();
+    cam.zFar = lejano;
+    cam.zNear = cercano;
+    camara->setCamera(cam);
+    mover(posicion, objetivo, {0, 0, 1}, milisegundos);
+}
+
 void ViewportController::actualizarCercano(std::optional<double> anterior, std::optional<double> actual,
                                            const Node& raiz) {
     auto camara = camara_.lock();

@@ -28,6 +28,8 @@ public:
     void enfocarCaja(const glm::dvec3& centro, float tamano);
     // Moves to the preset at a distance of 2.5 r in 0.6 s.
     void aplicarVista(VistaPreset vista, const glm::dvec3& centro, float tamano);
+    // Flies to a stored viewpoint with these clipping planes.
+    void volarA(const glm::vec3& posicion, const glm::vec3& objetivo, float cercano, float lejano, int milisegundos);
     // Applies the near-plane override; when it has just gone, sets the near
     // plane from the size of the scene under `raiz`.
     void actualizarCercano(std::optional<double> anterior, std::optional<double> actual, const Node& raiz);

@@ -39,8 +39,10 @@ std::string ContentView::claveDeNodo(const Node& nodo) {
     return {};
 }
 
-bool ContentView::enInterferencia(const Node&) const {
-    return false; // no clash list yet in this workspace
+bool ContentView::enInterferencia(const Node& nodo) const {
+    for (const auto& i : interferencias)
+        if (i.nodoA.get() == &nodo || i.nodoB.get() == &nodo) return true;
+    return false;
 }
 
 void ContentView::seleccionarNodo(const std::shared_ptr<Node>& nuevo) {
