@@ -65,11 +65,12 @@ std::vector<NodoBB> ContentView::candidatosInterferencia() const {
     std::vector<NodoBB> candidatos;
     for (const auto& [clave, e] : especialidades) {
         if (!e.nodoRaiz || !e.isVisible) continue;
+        const std::string& especialidad = clave; // clang < 16 can't capture a binding
         e.nodoRaiz->enumerateChildNodes([&](Node& n, bool&) {
             if (!n.geometry()) return;
             const Box b = n.boundingBox();
             if (!(b.max.x > b.min.x || b.max.y > b.min.y || b.max.z > b.min.z)) return;
-            candidatos.push_back({n.shared_from_this(), clave, n.name().value_or("sin nombre"), glm::dvec3(b.min),
+            candidatos.push_back({n.shared_from_this(), especialidad, n.name().value_or("sin nombre"), glm::dvec3(b.min),
                                   glm::dvec3(b.max)});
         });
     }

@@ -18,7 +18,7 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"eye.slash", "view-conceal-symbolic"},
         {"plus", "list-add"},
         {"plus.circle", "list-add"},
-        {"trash", "user-trash"},
+        {"trash", "user-trash-symbolic"},
         {"scope", "zoom-fit-best-symbolic"},
         {"link", "insert-link"},
         {"paintpalette", "color-select-symbolic"},
@@ -28,6 +28,12 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"folder.badge.plus", "document-open"},
         {"info.circle", "help-about"},
         {"scissors", "edit-cut-symbolic"},
+        {"exclamationmark.triangle", "dialog-warning-symbolic"},
+        {"exclamationmark.circle.fill", "dialog-error-symbolic"},
+        {"clock.circle.fill", "document-open-recent-symbolic"},
+        {"checkmark.seal.fill", "emblem-ok-symbolic"},
+        {"checkmark.circle.fill", "emblem-default-symbolic"},
+        {"doc.text.magnifyingglass", "edit-find-symbolic"},
         {"scissors.fill", "edit-cut-symbolic"},
     };
     const auto it = tabla.find(simbolo);

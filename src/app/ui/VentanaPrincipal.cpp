@@ -1,5 +1,7 @@
 #include "app/ui/VentanaPrincipal.h"
 
+#include "analyses/clash/ui/DialogoConfigAnalisis.h"
+#include "analyses/clash/ui/PanelInterferencias.h"
 #include "app/ui/VentanaAcercaDe.h"
 #include "app/ui/VistaBienvenida.h"
 #include "federation/CentroNotificaciones.h"
@@ -117,6 +119,8 @@ QWidget* VentanaPrincipal::crearBarraLateral() {
     auto* v = new QVBoxLayout(lateral);
     v->addWidget(tituloSeccion(QStringLiteral("Federación de Modelos"), lateral));
     v->addWidget(new PanelFederacion(cv_, lateral));
+    v->addWidget(tituloSeccion(QStringLiteral("Interferencias"), lateral));
+    v->addWidget(new PanelInterferencias(cv_, lateral));
     v->addStretch(1);
     desplazable->setWidget(lateral);
     return desplazable;
@@ -153,6 +157,12 @@ void VentanaPrincipal::sincronizar() {
         dialogoTransformacion_->open();
     }
     if (cv_.modeloPendienteEliminar && !alertaEliminar_) abrirEliminarModelo();
+    if (cv_.mostrarConfigAnalisis && !dialogoAnalisis_) {
+        dialogoAnalisis_ = new DialogoConfigAnalisis(cv_, this);
+        dialogoAnalisis_->setAttribute(Qt::WA_DeleteOnClose);
+        dialogoAnalisis_->open();
+    }
+    if (cv_.analisisPendienteEliminar && !alertaEliminarAnalisis_) abrirEliminarAnalisis();
     if (cv_.showError) abrirError();
 }
 
@@ -184,6 +194,23 @@ void VentanaPrincipal::abrirError() {
     alertaError_->addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
     connect(alertaError_, &QMessageBox::finished, this, [this] { cv_.cerrarError(); });
     alertaError_->open();
+}
+
+void VentanaPrincipal::abrirEliminarAnalisis() {
+    alertaEliminarAnalisis_ = new QMessageBox(QMessageBox::Warning, QStringLiteral("Eliminar análisis"),
+                                              QStringLiteral("Esta acción no se puede deshacer."),
+                                              QMessageBox::NoButton, this);
+    alertaEliminarAnalisis_->setObjectName(QStringLiteral("alertaEliminarAnalisis"));
+    alertaEliminarAnalisis_->setAttribute(Qt::WA_DeleteOnClose);
+    QPushButton* eliminar = alertaEliminarAnalisis_->addButton(QStringLiteral("Eliminar"), QMessageBox::DestructiveRole);
+    alertaEliminarAnalisis_->addButton(QStringLiteral("Cancelar"), QMessageBox::RejectRole);
+    connect(alertaEliminarAnalisis_, &QMessageBox::finished, this, [this, eliminar] {
+        if (alertaEliminarAnalisis_ && alertaEliminarAnalisis_->clickedButton() == eliminar)
+            cv_.eliminarAnalisis();
+        else
+            cv_.cancelarEliminarAnalisis();
+    });
+    alertaEliminarAnalisis_->open();
 }
 
 void VentanaPrincipal::abrirEliminarModelo() {

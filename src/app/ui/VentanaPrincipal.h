@@ -13,6 +13,7 @@ namespace teskal {
 class CentroNotificaciones;
 class ContentView;
 class DialogoColorEspecialidad;
+class DialogoConfigAnalisis;
 class DialogoNuevaEspecialidad;
 class DialogoTransformacion;
 class VentanaAcercaDe;
@@ -35,6 +36,7 @@ private:
     void abrirSelectorArchivo();
     void abrirError();
     void abrirEliminarModelo();
+    void abrirEliminarAnalisis();
 
     ContentView& cv_;
     CentroNotificaciones& centro_;
@@ -47,6 +49,8 @@ private:
     QPointer<QFileDialog> selector_;
     QPointer<QMessageBox> alertaError_;
     QPointer<QMessageBox> alertaEliminar_;
+    QPointer<QMessageBox> alertaEliminarAnalisis_;
+    QPointer<DialogoConfigAnalisis> dialogoAnalisis_;
     QPointer<DialogoNuevaEspecialidad> dialogoNueva_;
     QPointer<DialogoColorEspecialidad> dialogoColor_;
     QPointer<DialogoTransformacion> dialogoTransformacion_;

@@ -5,6 +5,7 @@
 #include "viewport/PanelDetalle.h"
 
 #include <QGridLayout>
+#include <set>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -65,6 +66,24 @@ void LeyendaVisor::reconstruir() {
         fila->addWidget(muestraColor(it->second.colorOriginal, 12, contenido_));
         fila->addWidget(new QLabel(q(it->second.nombre), contenido_), 1);
         v->addLayout(fila);
+    }
+    if (!cv_.interferencias.empty()) {
+        // The clashes of the latest run, by pair of disciplines.
+        auto* cabecera = new QLabel(QStringLiteral("Colisiones"), contenido_);
+        cabecera->setObjectName(QStringLiteral("leyendaColisiones"));
+        cabecera->setStyleSheet(QStringLiteral("font-weight: bold; color: %1;")
+                                    .arg(QColor::fromRgbF(colores::naranja.r, colores::naranja.g, colores::naranja.b).name()));
+        v->addWidget(cabecera);
+        std::set<std::string> pares;
+        for (const auto& i : cv_.interferencias) pares.insert(i.especialidadA + " ↔ " + i.especialidadB);
+        for (const auto& par : pares) {
+            auto* fila = new QHBoxLayout;
+            fila->addWidget(muestraColor(colores::naranja, 6, contenido_));
+            fila->addWidget(new QLabel(q(par), contenido_), 1);
+            v->addLayout(fila);
+        }
+        v->addWidget(new QLabel(QString::number(cv_.interferencias.size()) + QStringLiteral(" elementos afectados"),
+                                contenido_));
     }
     auto* aplicar = new QPushButton(QStringLiteral("Aplicar colores"), contenido_);
     aplicar->setObjectName(QStringLiteral("aplicarColores"));
