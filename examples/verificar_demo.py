@@ -167,8 +167,13 @@ def main(argv):
                 s = solapes(ca, cb)
                 if all(v > TOLERANCIA for v in s):
                     encontradas[((ka, na), (kb, nb))] = s
-                elif ka + kb not in peor_separacion or min(s) > peor_separacion[ka + kb][0]:
-                    peor_separacion[ka + kb] = (min(s), na, nb)
+                else:
+                    # Ties go to the first names in code-point order: the
+                    # converter writes groups in whatever order its threads end.
+                    candidato = (min(s), na, nb)
+                    actual = peor_separacion.get(ka + kb)
+                    if actual is None or (candidato[0], actual[1], actual[2]) > (actual[0], na, nb):
+                        peor_separacion[ka + kb] = candidato
 
     def clave(par):
         a, b = (tuple(par[0]), tuple(par[1]))
