@@ -26,9 +26,19 @@ void ContentView::cerrarError() {
 void ContentView::recibirNotificacion(const std::string& nombre) {
     if (nombre == notificaciones::abrirIFC) {
         showFilePicker = true;
-        emit changed();
+    } else if (nombre == notificaciones::guardarProyecto) {
+        guardarProyecto();
+        return;
+    } else if (nombre == notificaciones::abrirProyecto) {
+        mostrarAbrirProyecto = true;
+    } else if (nombre == notificaciones::exportarPaquete) {
+        mostrarExportarPaquete = true;
+    } else if (nombre == notificaciones::importarPaquete) {
+        mostrarAbrirPaquete = true;
+    } else {
+        return; // the takeoff joins with its subsystem
     }
-    // Saving, projects, packages and the takeoff join with their subsystems.
+    emit changed();
 }
 
 const ModeloVinculado* ContentView::buscarModelo(const std::string& clave, const std::string& id) const {

@@ -5,10 +5,12 @@
 #include "federation/GlobalIdsIFC.h"
 #include "federation/GrillasIFC.h"
 #include "federation/PropiedadesIFC.h"
+#include "persistence/GestorProyecto.h"
 #include "scene/ColoresSistema.h"
 #include "scene/Node.h"
 #include "viewport/ViewportController.h"
 
+#include <QJsonObject>
 #include <QObject>
 #include <map>
 #include <set>
@@ -95,6 +97,17 @@ public:
     std::vector<std::shared_ptr<Node>> nodosDestacadosHistorial;
     std::optional<std::size_t> analisisPendienteEliminar;
 
+    // Persistence.
+    GestorProyecto gestor;
+    bool showSavePicker = false;
+    bool showPackageExportProgress = false;
+    bool mostrarAbrirProyecto = false;
+    bool mostrarExportarPaquete = false;
+    bool mostrarAbrirPaquete = false;
+    std::optional<std::string> paqueteExportado; // the name the alert announces
+    // The document's sections of other subsystems, kept as they came.
+    QJsonObject opcionalesProyecto;
+
     // Reporting.
     std::optional<std::string> errorMessage;
     bool showError = false;
@@ -173,6 +186,22 @@ public:
     // The candidates of a search: every element of the analysable disciplines
     // whose box has extent, with its box read now.
     std::vector<NodoBB> candidatosInterferencia() const;
+
+    // Projects and packages.
+    ProyectoTESKAL construirProyecto() const;
+    void guardarProyecto();
+    void guardarProyectoComo(const std::string& ruta);
+    bool escribirProyecto(const std::string& ruta);
+    void abrirProyecto(const std::string& ruta);
+    void restaurarProyecto(const ProyectoTESKAL& proyecto, const std::optional<std::string>& carpetaBase);
+    void integrarModeloRestaurado(const std::string& clave, const ModeloGuardado& guardado, const std::string& ruta,
+                                  ModeloConvertido convertido);
+    void exportarPaqueteA(std::string ruta);
+    void abrirPaqueteDe(const std::string& ruta);
+    void cerrarAvisoPaquete();
+    void cerrarPaneles();
+    // Opens what the program was started with: a project or a package.
+    void abrirArchivoInicial(const std::string& ruta);
 
     // Scene assembly.
     void integrarModelo(ModeloConvertido convertido, const std::string& rutaOrigen, const std::string& rutaSalida);

@@ -1,0 +1,281 @@
+// The workspace's projects and packages: the document built from the
+// workspace, saving, opening and the restore that converts every model again.
+#include "federation/ContentView.h"
+
+#include "federation/ConversionIFC.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QPointer>
+#include <QThreadPool>
+#include <QUuid>
+#include <filesystem>
+
+namespace teskal {
+
+ProyectoTESKAL ContentView::construirProyecto() const {
+    ProyectoTESKAL p;
+    p.version = 2;
+    p.ordenEspecialidades = ordenEspecialidades;
+    for (const std::string& clave : ordenEspecialidades) {
+        const auto it = especialidades.find(clave);
+        if (it == especialidades.end()) continue;
+        const EspecialidadBIM& e = it->second;
+        EspecialidadGuardada g{clave, e.nombre, e.icono, e.colorOriginal.r, e.colorOriginal.g, e.colorOriginal.b,
+                               e.isVisible, {}};
+        for (const auto& m : e.modelos)
+            g.modelos.push_back({m.nombre, m.rutaOrigen.value_or(""), std::nullopt, m.isVisible, m.transparencia});
+        p.especialidades.push_back(std::move(g));
+    }
+    for (const auto& a : historialAnalisis) {
+        AnalisisGuardado g{a.id, a.nombre, a.fecha, a.tolerancia, {}};
+        for (const auto& i : a.interferencias)
+            g.interferencias.push_back({i.id, i.nombreA, i.especialidadA, i.nombreB, i.especialidadB,
+                                        std::string(textoEstado(i.estado)), i.viewpointPos.x, i.viewpointPos.y,
+                                        i.viewpointPos.z, i.viewpointTarget.x, i.viewpointTarget.y,
+                                        i.viewpointTarget.z, i.radio});
+        p.historialAnalisis.push_back(std::move(g));
+    }
+    p.opcionales = opcionalesProyecto;
+    return p;
+}
+
+bool ContentView::escribirProyecto(const std::string& ruta) {
+    QFile f(QString::fromStdString(ruta));
+    const QByteArray datos = codificarProyecto(construirProyecto());
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) || f.write(datos) != datos.size() || !f.flush()) {
+        mostrarError("Error al guardar: " + f.errorString().toStdString());
+        return false;
+    }
+    return true;
+}
+
+void ContentView::guardarProyecto() {
+    if (gestor.urlActual) {
+        escribirProyecto(*gestor.urlActual);
+        return;
+    }
+    showSavePicker = true;
+    emit changed();
+}
+
+void ContentView::guardarProyectoComo(const std::string& ruta) {
+    showSavePicker = false;
+    if (escribirProyecto(ruta)) gestor.fijarProyecto(ruta);
+    emit changed();
+}
+
+void ContentView::cerrarPaneles() {
+    showSavePicker = mostrarAbrirProyecto = mostrarExportarPaquete = mostrarAbrirPaquete = false;
+    emit changed();
+}
+
+void ContentView::abrirProyecto(const std::string& ruta) {
+    mostrarAbrirProyecto = false;
+    QFile f(QString::fromStdString(ruta));
+    if (!f.open(QIODevice::ReadOnly)) {
+        if (f.exists() && !QFileInfo(f).isReadable()) {
+            mostrarError("No se pudo acceder al archivo del proyecto.");
+            return;
+        }
+        mostrarError("Error al cargar el proyecto: " + f.errorString().toStdString());
+        return;
+    }
+    auto decodificado = decodificarProyecto(f.readAll());
+    if (auto* error = std::get_if<std::string>(&decodificado)) {
+        mostrarError("Error al cargar el proyecto: " + *error);
+        return;
+    }
+    QMetaObject::invokeMethod(this, [this, ruta] {
+        gestor.fijarProyecto(ruta);
+        emit changed();
+    }, Qt::QueuedConnection);
+    restaurarProyecto(std::get<ProyectoTESKAL>(decodificado), std::nullopt);
+}
+
+void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional<std::string>& carpetaBase) {
+    for (const std::string& clave : ordenEspecialidades) {
+        const auto it = especialidades.find(clave);
+        if (it != especialidades.end() && it->second.nodoRaiz) it->second.nodoRaiz->removeFromParentNode();
+    }
+    limpiarInterferencias();
+    restaurarDestacados();
+    seleccionarNodo(nullptr);
+    modeloResaltadoId.reset();
+    nodosResaltados.clear();
+    historialAnalisis.clear();
+    analisisExpandidos.clear();
+    propiedadesIFC.clear();
+    ordenEspecialidades = p.ordenEspecialidades;
+    especialidades.clear();
+    for (const auto& g : p.especialidades) {
+        EspecialidadBIM e;
+        e.nombre = g.nombre;
+        e.icono = g.icono;
+        e.colorOriginal = Color{static_cast<float>(g.colorR), static_cast<float>(g.colorG),
+                                static_cast<float>(g.colorB), 1.0f};
+        e.isVisible = g.isVisible;
+        especialidades[g.key] = std::move(e); // a repeated key replaces the former
+    }
+    for (const auto& g : p.historialAnalisis) {
+        AnalisisInterferencias a{g.id, g.nombre, g.fecha, g.tolerancia, {}};
+        for (const auto& s : g.interferencias) {
+            Interferencia i;
+            i.id = s.id;
+            // Empty placeholders: a saved clash lives on names and numbers.
+            i.nodoA = Node::crear();
+            i.nodoB = Node::crear();
+            i.especialidadA = s.especialidadA;
+            i.especialidadB = s.especialidadB;
+            i.nombreA = s.nombreA;
+            i.nombreB = s.nombreB;
+            i.viewpointPos = {s.vpPosX, s.vpPosY, s.vpPosZ};
+            i.viewpointTarget = {s.vpTgtX, s.vpTgtY, s.vpTgtZ};
+            i.radio = s.radio;
+            i.estado = estadoDesdeTexto(s.estado);
+            a.interferencias.push_back(std::move(i));
+        }
+        historialAnalisis.push_back(std::move(a));
+    }
+    opcionalesProyecto = p.opcionales;
+    emit changed();
+
+    // Every model is converted again, one job each, all at once. A file that
+    // can't be found, or a conversion that fails, leaves the model out quietly.
+    const std::string conversor = rutaConversor.empty() ? buscarConversor(carpetaPrograma_) : rutaConversor;
+    for (const auto& g : p.especialidades) {
+        for (const auto& m : g.modelos) {
+            std::string ruta;
+            std::error_code ec;
+            if (!m.rutaAbsoluta.empty() && std::filesystem::is_regular_file(m.rutaAbsoluta, ec))
+                ruta = m.rutaAbsoluta;
+            else if (carpetaBase && m.rutaRelativa && !m.rutaRelativa->empty() &&
+                     std::filesystem::is_regular_file(std::filesystem::path(*carpetaBase) / *m.rutaRelativa, ec))
+                ruta = (std::filesystem::path(*carpetaBase) / *m.rutaRelativa).string();
+            if (ruta.empty() || conversor.empty()) continue;
+            TrabajoConversion t{ruta, conversor, rutaTemporalNueva(".obj"), false};
+            QPointer<ContentView> destino(this);
+            const std::string clave = g.key;
+            const ModeloGuardado guardado = m;
+            QThreadPool::globalInstance()->start([t, destino, clave, guardado] {
+                auto r = std::make_shared<ResultadoConversion>(convertirIFC(t));
+                std::error_code e;
+                std::filesystem::remove(t.rutaSalida, e);
+                if (!std::holds_alternative<ModeloConvertido>(*r)) return;
+                QMetaObject::invokeMethod(
+                    QCoreApplication::instance(),
+                    [r, destino, clave, guardado, ruta = t.rutaOrigen] {
+                        if (destino)
+                            destino->integrarModeloRestaurado(clave, guardado, ruta,
+                                                              std::move(std::get<ModeloConvertido>(*r)));
+                    },
+                    Qt::QueuedConnection);
+            });
+        }
+    }
+}
+
+void ContentView::integrarModeloRestaurado(const std::string& clave, const ModeloGuardado& guardado,
+                                           const std::string& ruta, ModeloConvertido convertido) {
+    const auto it = especialidades.find(clave);
+    if (it == especialidades.end()) return;
+    fusionarPropiedades(propiedadesIFC[clave], std::move(convertido.propiedades));
+    EspecialidadBIM& esp = it->second;
+    if (!esp.nodoRaiz) {
+        esp.nodoRaiz = Node::crear("esp_" + clave);
+        scene.rootNode()->addChildNode(esp.nodoRaiz);
+    }
+    ModeloVinculado m;
+    m.id = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
+    m.nombre = guardado.nombre;
+    m.nodo = convertido.modelo;
+    m.isVisible = guardado.isVisible;
+    m.transparencia = guardado.transparencia;
+    m.rutaOrigen = ruta;
+    esp.modelos.push_back(m);
+    esp.nodoRaiz->addChildNode(m.nodo);
+    m.nodo->setHidden(!m.isVisible);
+    pintarModelo(m, esp.colorOriginal, false);
+    recolorearModelos();
+    zoomExtents();
+    actualizarPiso();
+    emit changed();
+}
+
+void ContentView::exportarPaqueteA(std::string ruta) {
+    mostrarExportarPaquete = false;
+    if (QFileInfo(QString::fromStdString(ruta)).suffix().toLower() != extensionPaquete)
+        ruta += std::string(".") + extensionPaquete;
+    isProcessing = true;
+    emit changed();
+    ProyectoTESKAL proyecto = construirProyecto();
+    std::vector<std::vector<std::string>> rutas;
+    for (const auto& g : proyecto.especialidades) {
+        rutas.emplace_back();
+        for (const auto& m : especialidades.at(g.key).modelos) rutas.back().push_back(m.rutaOrigen.value_or(""));
+    }
+    QPointer<ContentView> destino(this);
+    QThreadPool::globalInstance()->start([ruta, proyecto = std::move(proyecto), rutas = std::move(rutas), destino] {
+        const std::string error = exportarPaquete(ruta, proyecto, rutas);
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [error, ruta, destino] {
+                if (!destino) return;
+                destino->isProcessing = false;
+                if (!error.empty()) {
+                    destino->mostrarError("Error al exportar el paquete: " + error);
+                    return;
+                }
+                destino->paqueteExportado = QFileInfo(QString::fromStdString(ruta)).fileName().toStdString();
+                emit destino->changed();
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void ContentView::cerrarAvisoPaquete() {
+    paqueteExportado.reset();
+    emit changed();
+}
+
+void ContentView::abrirPaqueteDe(const std::string& ruta) {
+    mostrarAbrirPaquete = false;
+    const QFileInfo info(QString::fromStdString(ruta));
+    if (info.exists() && !info.isReadable()) {
+        mostrarError("No se pudo acceder al paquete.");
+        return;
+    }
+    isProcessing = true;
+    emit changed();
+    QPointer<ContentView> destino(this);
+    QThreadPool::globalInstance()->start([ruta, destino] {
+        auto r = std::make_shared<std::variant<std::pair<ProyectoTESKAL, std::string>, std::string>>(abrirPaquete(ruta));
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [r, ruta, destino] {
+                if (!destino) return;
+                destino->isProcessing = false;
+                if (auto* error = std::get_if<std::string>(r.get())) {
+                    destino->mostrarError("Error al abrir el paquete: " + *error);
+                    return;
+                }
+                // A package is no place to save to: the next save asks for a file.
+                destino->gestor.urlActual.reset();
+                destino->gestor.nombreProyecto =
+                    QFileInfo(QString::fromStdString(ruta)).completeBaseName().toStdString();
+                auto& [proyecto, carpeta] = std::get<0>(*r);
+                destino->restaurarProyecto(proyecto, carpeta);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void ContentView::abrirArchivoInicial(const std::string& ruta) {
+    if (QFileInfo(QString::fromStdString(ruta)).suffix().toLower() == extensionPaquete)
+        abrirPaqueteDe(ruta);
+    else
+        abrirProyecto(ruta);
+}
+
+} // namespace teskal

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QJsonObject>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace teskal {
+
+// One linked model as the project keeps it: no geometry, no transform.
+struct ModeloGuardado {
+    std::string nombre;
+    std::string rutaAbsoluta; // empty when the model had no path
+    std::optional<std::string> rutaRelativa; // only in a package: "modelos/<file>"
+    bool isVisible = true;
+    double transparencia = 0;
+    friend bool operator==(const ModeloGuardado&, const ModeloGuardado&) = default;
+};
+
+struct EspecialidadGuardada {
+    std::string key;
+    std::string nombre;
+    std::string icono;
+    double colorR = 0, colorG = 0, colorB = 0;
+    bool isVisible = true;
+    std::vector<ModeloGuardado> modelos;
+    friend bool operator==(const EspecialidadGuardada&, const EspecialidadGuardada&) = default;
+};
+
+// A clash as the project keeps it: names, keys, viewpoint and state, no nodes.
+struct InterferenciaGuardada {
+    std::string id;
+    std::string nombreA, especialidadA, nombreB, especialidadB;
+    std::string estado; // the state's text
+    double vpPosX = 0, vpPosY = 0, vpPosZ = 0;
+    double vpTgtX = 0, vpTgtY = 0, vpTgtZ = 0;
+    double radio = 0;
+    friend bool operator==(const InterferenciaGuardada&, const InterferenciaGuardada&) = default;
+};
+
+struct AnalisisGuardado {
+    std::string id;
+    std::string nombre;
+    QDateTime fecha;
+    double tolerancia = 0;
+    std::vector<InterferenciaGuardada> interferencias;
+    friend bool operator==(const AnalisisGuardado&, const AnalisisGuardado&) = default;
+};
+
+// The project document. The sections of comments, saved sections, their
+// dimensions and labels, and the timeline are carried as their JSON values,
+// decoded and encoded by their own records (see ProyectoSecciones).
+struct ProyectoTESKAL {
+    int version = 2;
+    std::vector<std::string> ordenEspecialidades;
+    std::vector<EspecialidadGuardada> especialidades;
+    std::vector<AnalisisGuardado> historialAnalisis;
+    // Optional keys, present only when the workspace has them.
+    QJsonObject opcionales;
+};
+
+// The document as the file holds it: UTF-8 JSON, indented, keys sorted,
+// dates "yyyy-MM-ddTHH:mm:ssZ" in UTC, UUIDs in upper case.
+QByteArray codificarProyecto(const ProyectoTESKAL& p);
+// The document of a file, or the Spanish description of why it can't be read:
+// not JSON, a required key missing, a value of the wrong type.
+std::variant<ProyectoTESKAL, std::string> decodificarProyecto(const QByteArray& datos);
+
+// Dates of the document.
+QString textoFecha(const QDateTime& fecha);
+std::optional<QDateTime> fechaDesdeTexto(const QString& texto);
+
+} // namespace teskal
