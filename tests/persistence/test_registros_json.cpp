@@ -1,0 +1,667 @@
+// The JSON forms of comments, sections, dimensions, labels and the timeline:
+// round trips through the document's text, the exact keys of each record,
+// strict reading with its messages, dates, UUIDs, floats, and the label
+// conversion between the sheet and the project.
+#include "persistence/JsonRegistros.h"
+
+#include <QJsonDocument>
+#include <QTimeZone>
+#include <gtest/gtest.h>
+#include <random>
+#include <set>
+
+using namespace teskal;
+
+namespace {
+
+const QDateTime kFecha(QDate(2024, 3, 5), QTime(14, 7, 9), Qt::UTC);
+
+// A value through the document's text and back, as a saved file would take it.
+QJsonObject porTexto(const QJsonObject& o) {
+    return QJsonDocument::fromJson(QJsonDocument(o).toJson(QJsonDocument::Indented)).object();
+}
+
+std::string compacto(const QJsonObject& o) {
+    return QJsonDocument(o).toJson(QJsonDocument::Compact).toStdString();
+}
+
+std::set<std::string> claves(const QJsonObject& o) {
+    std::set<std::string> r;
+    for (const QString& k : o.keys()) r.insert(k.toStdString());
+    return r;
+}
+
+// Encodes, writes as text, reads, decodes: the record comes back equal, and
+// encoding it again gives the same bytes.
+template <typename T, typename F> void idaYVuelta(const T& original, F decodificar) {
+    const QJsonObject json = aJson(original);
+    const auto leido = decodificar(porTexto(json), std::string{});
+    ASSERT_TRUE(leido.ok()) << leido.error;
+    EXPECT_TRUE(*leido.valor == original);
+    EXPECT_EQ(QJsonDocument(aJson(*leido.valor)).toJson(), QJsonDocument(json).toJson());
+}
+
+// Removing any one key: an optional one still reads; a required one fails
+// naming the key and the record.
+template <typename F>
+void cadaClaveFaltante(const QJsonObject& completo, const std::string& registro, F decodificar,
+                       const std::set<std::string>& opcionales = {}) {
+    for (const QString& k : completo.keys()) {
+        SCOPED_TRACE(k.toStdString());
+        QJsonObject o = completo;
+        o.remove(k);
+        const auto r = decodificar(o, std::string{});
+        if (opcionales.count(k.toStdString())) {
+            EXPECT_TRUE(r.ok()) << r.error;
+        } else {
+            EXPECT_FALSE(r.ok());
+            EXPECT_EQ(r.error, "Falta la clave \"" + k.toStdString() + "\" en " + registro + ".");
+        }
+    }
+}
+
+template <typename F>
+std::string errorCon(QJsonObject o, const char* clave, const QJsonValue& v, F decodificar) {
+    o.insert(QLatin1String(clave), v);
+    const auto r = decodificar(o, std::string{});
+    EXPECT_FALSE(r.ok()) << clave;
+    return r.error;
+}
+
+TrazadoMarkup trazado(const std::string& id, std::vector<PuntoMarkup> puntos) {
+    return {id, std::move(puntos), 1.0, 0.15, 0.15, 4.5};
+}
+
+ComentarioMarkup comentarioCompleto() {
+    ComentarioMarkup c;
+    c.id = "0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0";
+    c.tag = "MRK-007";
+    c.trazados = {
+        trazado("11111111-2222-3333-4444-555555555555", {{10.5, 20.25}, {11, 22}, {-3.125, 1e6}}),
+        trazado("AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE", {{0.1, 0.2}})};
+    c.textos = {{"99999999-8888-7777-6666-555555555555", "Fisura en losa — revisar ñ", 120.5, 64,
+                 1.0, 0.9, 0.0, 16},
+                {"12345678-9ABC-DEF0-1234-56789ABCDEF0", "", 0, 0, 0.3, 0.6, 1.0, 22.5}};
+    c.imagenJPEG = QByteArray("\xFF\xD8\xFF\xE0\x00\x10JFIF\x00\xFF\xD9", 13);
+    c.fecha = kFecha;
+    c.autor = "Ana Muñoz";
+    c.descripcion = "Interferencia entre ducto y viga.\nVer eje C-4.";
+    return c;
+}
+
+Cota2D cota() {
+    return {"C0DE0000-0000-4000-8000-00000000C07A", {1.25f, -3.5f}, {0.1f, 7.3f}, 0.6f};
+}
+
+SeccionGuardada seccion() {
+    return {"5EC00000-0000-4000-8000-000000000001", "Planta baja", 1, 1.004};
+}
+
+Etiqueta2DGuardada etiquetaG() {
+    return {"Muro Básico:Genérico 200 mm", "ARQ", true, {0.75f, -1.2f}};
+}
+
+PaqueteAWP paqueteCompleto() {
+    PaqueteAWP p;
+    p.id = "A1B2C3D4-E5F6-4789-ABCD-EF0123456789";
+    p.codigo = "IWP-01.02";
+    p.nombre = "Hormigonado losa nivel 2";
+    p.nivel = NivelAWP::iwp;
+    p.parentCodigo = "CWP-01";
+    p.fechaInicio = kFecha;
+    p.fechaFin = kFecha.addDays(30);
+    p.fechaInicioReal = kFecha.addDays(2);
+    p.fechaFinReal = kFecha.addDays(35).addSecs(3600);
+    p.progreso = 0.35;
+    p.presupuesto = 125000.5;
+    p.costoReal = 48000.25;
+    p.hh = 820;
+    p.hhReal = 301.75;
+    p.elementosNombre = {"Losa:200mm:101", "Losa:200mm:102", "Viga V-3"};
+    p.colorIdx = 11;
+    return p;
+}
+
+PaqueteAWP paqueteMinimo() {
+    PaqueteAWP p;
+    p.id = "00000000-0000-0000-0000-000000000000";
+    p.codigo = "CWA-A";
+    p.nivel = NivelAWP::cwa;
+    p.fechaInicio = kFecha;
+    p.fechaFin = kFecha;
+    return p;
+}
+
+TimeLinerConfig configuracion() {
+    TimeLinerConfig c;
+    c.paquetes = {paqueteMinimo(), paqueteCompleto()};
+    c.fechaInicio = kFecha;
+    c.fechaFin = kFecha.addMonths(12);
+    c.moneda = "CLP";
+    return c;
+}
+
+} // namespace
+
+TEST(RegistrosJson, idaYVueltaDeCadaRegistro) {
+    {
+        SCOPED_TRACE("markup");
+        const ComentarioMarkup c = comentarioCompleto();
+        idaYVuelta(c.trazados[0].puntos[2], puntoMarkupDesdeJson);
+        idaYVuelta(c.trazados[0], trazadoMarkupDesdeJson);
+        idaYVuelta(c.trazados[1], trazadoMarkupDesdeJson);
+        idaYVuelta(TrazadoMarkup{"AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE", {}, 0, 0, 0, 1},
+                   trazadoMarkupDesdeJson);
+        idaYVuelta(c.textos[0], textoMarkupDesdeJson);
+        idaYVuelta(c, comentarioMarkupDesdeJson);
+        ComentarioMarkup sinImagen = c;
+        sinImagen.imagenJPEG.reset();
+        idaYVuelta(sinImagen, comentarioMarkupDesdeJson);
+        // An empty picture is still a picture: it comes back present.
+        ComentarioMarkup imagenVacia = c;
+        imagenVacia.imagenJPEG = QByteArray();
+        idaYVuelta(imagenVacia, comentarioMarkupDesdeJson);
+        ComentarioMarkup vacio = c;
+        vacio.trazados.clear();
+        vacio.textos.clear();
+        idaYVuelta(vacio, comentarioMarkupDesdeJson);
+    }
+    {
+        SCOPED_TRACE("secciones");
+        idaYVuelta(cota(), cota2DDesdeJson);
+        idaYVuelta(Cota2D{"C0DE0000-0000-4000-8000-00000000C07B",
+                          {-1e-7f, 3.4e38f},
+                          {123456.789f, 0.0f},
+                          -2.3f},
+                   cota2DDesdeJson);
+        idaYVuelta(etiquetaG(), etiqueta2DGuardadaDesdeJson);
+        idaYVuelta(Etiqueta2DGuardada{"", "MEP", false, {0, 0}}, etiqueta2DGuardadaDesdeJson);
+        idaYVuelta(seccion(), seccionGuardadaDesdeJson);
+        idaYVuelta(SeccionGuardada{"5EC00000-0000-4000-8000-000000000002", "Corte X", 0, -12.5},
+                   seccionGuardadaDesdeJson);
+    }
+    {
+        SCOPED_TRACE("timeline");
+        idaYVuelta(paqueteCompleto(), paqueteAWPDesdeJson);
+        idaYVuelta(paqueteMinimo(), paqueteAWPDesdeJson);
+        for (NivelAWP n : nivelesAWP) {
+            PaqueteAWP p = paqueteMinimo();
+            p.nivel = n;
+            idaYVuelta(p, paqueteAWPDesdeJson);
+        }
+        idaYVuelta(configuracion(), timeLinerConfigDesdeJson);
+        idaYVuelta(TimeLinerConfig::porDefecto(kFecha), timeLinerConfigDesdeJson);
+    }
+}
+
+TEST(RegistrosJson, clavesExactasDeCadaRegistro) {
+    const ComentarioMarkup c = comentarioCompleto();
+    EXPECT_EQ(claves(aJson(c.trazados[0].puntos[0])), (std::set<std::string>{"x", "y"}));
+    EXPECT_EQ(claves(aJson(c.trazados[0])),
+              (std::set<std::string>{"id", "puntos", "r", "g", "b", "grosor"}));
+    EXPECT_EQ(claves(aJson(c.textos[0])),
+              (std::set<std::string>{"id", "texto", "x", "y", "r", "g", "b", "tamano"}));
+    const std::set<std::string> comentario{"id",         "tag",   "trazados", "textos",
+                                           "imagenJPEG", "fecha", "autor",    "descripcion"};
+    EXPECT_EQ(claves(aJson(c)), comentario);
+    ComentarioMarkup sinImagen = c;
+    sinImagen.imagenJPEG.reset();
+    std::set<std::string> sinImagenClaves = comentario;
+    sinImagenClaves.erase("imagenJPEG");
+    EXPECT_EQ(claves(aJson(sinImagen)), sinImagenClaves);
+
+    EXPECT_EQ(claves(aJson(cota())), (std::set<std::string>{"id", "p1", "p2", "offsetLateral"}));
+    EXPECT_EQ(claves(aJson(etiquetaG())),
+              (std::set<std::string>{"nombre", "key", "visible", "offsetTexto"}));
+    EXPECT_EQ(claves(aJson(seccion())), (std::set<std::string>{"id", "nombre", "eje", "posicion"}));
+
+    const std::set<std::string> paquete{
+        "id",       "codigo",          "nombre",          "nivel",    "parentCodigo", "fechaInicio",
+        "fechaFin", "fechaInicioReal", "fechaFinReal",    "progreso", "presupuesto",  "costoReal",
+        "hh",       "hhReal",          "elementosNombre", "colorIdx"};
+    EXPECT_EQ(claves(aJson(paqueteCompleto())), paquete);
+    std::set<std::string> paqueteSinOpcionales = paquete;
+    for (const char* k : {"parentCodigo", "fechaInicioReal", "fechaFinReal"})
+        paqueteSinOpcionales.erase(k);
+    EXPECT_EQ(claves(aJson(paqueteMinimo())), paqueteSinOpcionales);
+    EXPECT_EQ(claves(aJson(configuracion())),
+              (std::set<std::string>{"paquetes", "fechaInicio", "fechaFin", "moneda"}));
+}
+
+TEST(RegistrosJson, valoresCodificados) {
+    const QJsonObject c = aJson(comentarioCompleto());
+    EXPECT_EQ(c["fecha"].toString(), "2024-03-05T14:07:09Z");
+    EXPECT_EQ(c["imagenJPEG"].toString(), "/9j/4AAQSkZJRgD/2Q==");
+    EXPECT_EQ(c["trazados"].toArray().size(), 2);
+    EXPECT_EQ(c["trazados"][0]["puntos"][1]["y"].toDouble(), 22.0);
+
+    const QJsonObject p = aJson(paqueteCompleto());
+    EXPECT_EQ(p["nivel"].toString(), "IWP");
+    EXPECT_EQ(p["parentCodigo"].toString(), "CWP-01");
+    EXPECT_EQ(p["fechaFinReal"].toString(), "2024-04-09T15:07:09Z");
+    EXPECT_EQ(p["elementosNombre"].toArray(),
+              (QJsonArray{"Losa:200mm:101", "Losa:200mm:102", "Viga V-3"}));
+
+    // Integers stay integers in the text, floats keep their short form.
+    EXPECT_NE(compacto(aJson(seccion())).find("\"eje\":1,"), std::string::npos)
+        << compacto(aJson(seccion()));
+    EXPECT_NE(compacto(p).find("\"colorIdx\":11,"), std::string::npos) << compacto(p);
+    const std::string cotaTexto = compacto(aJson(cota()));
+    EXPECT_NE(cotaTexto.find("\"offsetLateral\":0.6,"), std::string::npos) << cotaTexto;
+    EXPECT_NE(cotaTexto.find("\"p2\":[0.1,7.3]"), std::string::npos) << cotaTexto;
+    EXPECT_NE(cotaTexto.find("\"p1\":[1.25,-3.5]"), std::string::npos) << cotaTexto;
+    const std::string etiquetaTexto = compacto(aJson(etiquetaG()));
+    EXPECT_NE(etiquetaTexto.find("\"visible\":true"), std::string::npos) << etiquetaTexto;
+    EXPECT_NE(etiquetaTexto.find("\"offsetTexto\":[0.75,-1.2]"), std::string::npos)
+        << etiquetaTexto;
+}
+
+TEST(RegistrosJson, clavesRequeridasYOpcionales) {
+    {
+        SCOPED_TRACE("markup");
+        const ComentarioMarkup c = comentarioCompleto();
+        cadaClaveFaltante(aJson(c.trazados[0].puntos[0]), "PuntoMarkup", puntoMarkupDesdeJson);
+        cadaClaveFaltante(aJson(c.trazados[0]), "TrazadoMarkup", trazadoMarkupDesdeJson);
+        cadaClaveFaltante(aJson(c.textos[0]), "TextoMarkup", textoMarkupDesdeJson);
+        cadaClaveFaltante(aJson(c), "ComentarioMarkup", comentarioMarkupDesdeJson, {"imagenJPEG"});
+    }
+    {
+        SCOPED_TRACE("secciones");
+        cadaClaveFaltante(aJson(cota()), "Cota2D", cota2DDesdeJson);
+        cadaClaveFaltante(aJson(etiquetaG()), "Etiqueta2DGuardada", etiqueta2DGuardadaDesdeJson);
+        cadaClaveFaltante(aJson(seccion()), "SeccionGuardada", seccionGuardadaDesdeJson);
+    }
+    {
+        SCOPED_TRACE("timeline");
+        cadaClaveFaltante(aJson(paqueteCompleto()), "PaqueteAWP", paqueteAWPDesdeJson,
+                          {"parentCodigo", "fechaInicioReal", "fechaFinReal"});
+        cadaClaveFaltante(aJson(configuracion()), "TimeLinerConfig", timeLinerConfigDesdeJson);
+    }
+}
+
+TEST(RegistrosJson, opcionalesAusentesONulos) {
+    QJsonObject p = aJson(paqueteCompleto());
+    for (const char* k : {"parentCodigo", "fechaInicioReal", "fechaFinReal"})
+        p.remove(QLatin1String(k));
+    auto leido = paqueteAWPDesdeJson(p);
+    ASSERT_TRUE(leido.ok()) << leido.error;
+    EXPECT_FALSE(leido.valor->parentCodigo);
+    EXPECT_FALSE(leido.valor->fechaInicioReal);
+    EXPECT_FALSE(leido.valor->fechaFinReal);
+    EXPECT_EQ(leido.valor->codigo, "IWP-01.02");
+
+    // A null optional reads as absent; a null required key is a fault.
+    p = aJson(paqueteCompleto());
+    for (const char* k : {"parentCodigo", "fechaInicioReal", "fechaFinReal"})
+        p.insert(QLatin1String(k), QJsonValue());
+    leido = paqueteAWPDesdeJson(p);
+    ASSERT_TRUE(leido.ok()) << leido.error;
+    EXPECT_FALSE(leido.valor->parentCodigo || leido.valor->fechaInicioReal ||
+                 leido.valor->fechaFinReal);
+    EXPECT_EQ(errorCon(aJson(paqueteCompleto()), "hh", QJsonValue(), paqueteAWPDesdeJson),
+              "La clave \"hh\" de PaqueteAWP no es un número.");
+
+    QJsonObject c = aJson(comentarioCompleto());
+    c.remove("imagenJPEG");
+    const auto comentario = comentarioMarkupDesdeJson(c);
+    ASSERT_TRUE(comentario.ok()) << comentario.error;
+    EXPECT_FALSE(comentario.valor->imagenJPEG);
+    c.insert("imagenJPEG", QJsonValue());
+    EXPECT_FALSE(comentarioMarkupDesdeJson(c).valor->imagenJPEG);
+}
+
+TEST(RegistrosJson, tiposIncorrectos) {
+    const ComentarioMarkup com = comentarioCompleto();
+    EXPECT_EQ(errorCon(aJson(com.trazados[0].puntos[0]), "x", "1", puntoMarkupDesdeJson),
+              "La clave \"x\" de PuntoMarkup no es un número.");
+    EXPECT_EQ(errorCon(aJson(com.textos[0]), "texto", 7, textoMarkupDesdeJson),
+              "La clave \"texto\" de TextoMarkup no es un texto.");
+    EXPECT_EQ(errorCon(aJson(com), "trazados", QJsonObject{}, comentarioMarkupDesdeJson),
+              "La clave \"trazados\" de ComentarioMarkup no es una lista.");
+    EXPECT_EQ(errorCon(aJson(com), "fecha", "05/03/2024", comentarioMarkupDesdeJson),
+              "La clave \"fecha\" de ComentarioMarkup no es una fecha ISO 8601: \"05/03/2024\".");
+    EXPECT_EQ(errorCon(aJson(com), "fecha", 1709647629, comentarioMarkupDesdeJson),
+              "La clave \"fecha\" de ComentarioMarkup no es una fecha ISO 8601.");
+    EXPECT_EQ(errorCon(aJson(com), "imagenJPEG", "no es base64!", comentarioMarkupDesdeJson),
+              "La clave \"imagenJPEG\" de ComentarioMarkup no es un texto base64 válido.");
+    EXPECT_EQ(errorCon(aJson(com), "imagenJPEG", true, comentarioMarkupDesdeJson),
+              "La clave \"imagenJPEG\" de ComentarioMarkup no es un texto base64.");
+
+    EXPECT_EQ(errorCon(aJson(cota()), "id", "1234", cota2DDesdeJson),
+              "La clave \"id\" de Cota2D no es un UUID: \"1234\".");
+    EXPECT_EQ(
+        errorCon(aJson(cota()), "id", "{C0DE0000-0000-4000-8000-00000000C07A}", cota2DDesdeJson),
+        "La clave \"id\" de Cota2D no es un UUID: \"{C0DE0000-0000-4000-8000-00000000C07A}\".");
+    for (const QJsonValue& mal : {QJsonValue(QJsonArray{1, 2, 3}), QJsonValue(QJsonArray{1}),
+                                  QJsonValue(QJsonArray{1, "2"}),
+                                  QJsonValue(QJsonObject{{"x", 1}, {"y", 2}}), QJsonValue(1.5)})
+        EXPECT_EQ(errorCon(aJson(cota()), "p1", mal, cota2DDesdeJson),
+                  "La clave \"p1\" de Cota2D no es un par de números [x, y].");
+    EXPECT_EQ(errorCon(aJson(cota()), "offsetLateral", 1e300, cota2DDesdeJson),
+              "La clave \"offsetLateral\" de Cota2D no es un número representable en 32 bits.");
+    EXPECT_EQ(errorCon(aJson(etiquetaG()), "visible", "true", etiqueta2DGuardadaDesdeJson),
+              "La clave \"visible\" de Etiqueta2DGuardada no es un valor lógico (true o false).");
+    for (const QJsonValue& mal : {QJsonValue(2.5), QJsonValue("2"), QJsonValue(1e12)})
+        EXPECT_EQ(errorCon(aJson(seccion()), "eje", mal, seccionGuardadaDesdeJson),
+                  "La clave \"eje\" de SeccionGuardada no es un número entero.");
+
+    EXPECT_EQ(errorCon(aJson(paqueteCompleto()), "elementosNombre", QJsonArray{"A", 3},
+                       paqueteAWPDesdeJson),
+              "El valor elementosNombre[1] de PaqueteAWP no es un texto.");
+    EXPECT_EQ(errorCon(aJson(paqueteCompleto()), "parentCodigo", 5, paqueteAWPDesdeJson),
+              "La clave \"parentCodigo\" de PaqueteAWP no es un texto.");
+    EXPECT_EQ(errorCon(aJson(paqueteCompleto()), "fechaFinReal", "mañana", paqueteAWPDesdeJson),
+              "La clave \"fechaFinReal\" de PaqueteAWP no es una fecha ISO 8601: \"mañana\".");
+    EXPECT_EQ(errorCon(aJson(paqueteCompleto()), "colorIdx", 1.5, paqueteAWPDesdeJson),
+              "La clave \"colorIdx\" de PaqueteAWP no es un número entero.");
+
+    EXPECT_EQ(puntoMarkupDesdeJson(QJsonValue(3)).error, "Se esperaba un objeto PuntoMarkup.");
+    EXPECT_EQ(timeLinerConfigDesdeJson(QJsonArray{}, "timeLiner").error,
+              "Se esperaba un objeto TimeLinerConfig en timeLiner.");
+}
+
+TEST(RegistrosJson, nivelAWPPorSuTextoExacto) {
+    const std::pair<const char*, NivelAWP> niveles[] = {{"CWA", NivelAWP::cwa},
+                                                        {"CWP", NivelAWP::cwp},
+                                                        {"IWP", NivelAWP::iwp},
+                                                        {"PWP", NivelAWP::pwp}};
+    for (const auto& [texto, nivel] : niveles) {
+        QJsonObject o = aJson(paqueteMinimo());
+        o.insert("nivel", texto);
+        const auto p = paqueteAWPDesdeJson(o);
+        ASSERT_TRUE(p.ok()) << p.error;
+        EXPECT_EQ(p.valor->nivel, nivel) << texto;
+        EXPECT_EQ(aJson(*p.valor)["nivel"].toString(), texto);
+    }
+    for (const char* mal : {"XYZ", "iwp", "Iwp", "", " IWP"})
+        EXPECT_EQ(errorCon(aJson(paqueteMinimo()), "nivel", mal, paqueteAWPDesdeJson),
+                  std::string("La clave \"nivel\" de PaqueteAWP tiene el valor \"") + mal +
+                      "\", que no es un nivel AWP (CWA, CWP, IWP, PWP).");
+    EXPECT_EQ(errorCon(aJson(paqueteMinimo()), "nivel", 2, paqueteAWPDesdeJson),
+              "La clave \"nivel\" de PaqueteAWP no es un texto.");
+}
+
+TEST(RegistrosJson, errorAnidadoNombraSuLugar) {
+    QJsonObject c = aJson(comentarioCompleto());
+    QJsonArray trazados = c["trazados"].toArray();
+    QJsonObject t = trazados[1].toObject();
+    QJsonArray puntos = t["puntos"].toArray();
+    puntos.append(QJsonObject{{"x", 1}});
+    puntos.append(QJsonObject{{"y", 1}}); // a second fault, never reported
+    t["puntos"] = puntos;
+    trazados[1] = t;
+    c["trazados"] = trazados;
+    EXPECT_EQ(comentarioMarkupDesdeJson(c).error,
+              "Falta la clave \"y\" en PuntoMarkup (trazados[1].puntos[1]).");
+    EXPECT_EQ(comentarioMarkupDesdeJson(c, "comentarios[4]").error,
+              "Falta la clave \"y\" en PuntoMarkup (comentarios[4].trazados[1].puntos[1]).");
+
+    c["trazados"] = QJsonArray{5};
+    EXPECT_EQ(comentarioMarkupDesdeJson(c).error,
+              "Se esperaba un objeto TrazadoMarkup en trazados[0].");
+
+    QJsonObject cfg = aJson(configuracion());
+    QJsonArray paquetes = cfg["paquetes"].toArray();
+    QJsonObject p = paquetes[1].toObject();
+    p["nivel"] = "XYZ";
+    paquetes[1] = p;
+    cfg["paquetes"] = paquetes;
+    EXPECT_EQ(timeLinerConfigDesdeJson(cfg, "timeLiner").error,
+              "La clave \"nivel\" de PaqueteAWP (timeLiner.paquetes[1]) tiene el valor \"XYZ\", "
+              "que no es un "
+              "nivel AWP (CWA, CWP, IWP, PWP).");
+}
+
+TEST(RegistrosJson, diccionariosYListasDelDocumento) {
+    const CotasPorTitulo cotas{
+        {"Planta Z 1.00 m",
+         {cota(), Cota2D{"C0DE0000-0000-4000-8000-000000000002", {0, 0}, {5, 0}, -0.4f}}},
+        {"Corte X 3.20 m · prof. 1.00 m", {}}};
+    const EtiquetasGuardadasPorTitulo etiquetas{{"Planta Z 1.00 m", {etiquetaG()}}};
+    const std::vector<SeccionGuardada> secciones{seccion()};
+    QJsonObject documento{
+        {"cotasPorSeccion", aJson(cotas)},
+        {"etiquetasPorSeccion", aJson(etiquetas)},
+        {"secciones", aJson(secciones)},
+        {"comentarios", aJson(std::vector<ComentarioMarkup>{comentarioCompleto()})},
+        {"timeLiner", aJson(configuracion())}};
+    EXPECT_EQ(claves(documento["cotasPorSeccion"].toObject()),
+              (std::set<std::string>{"Planta Z 1.00 m", "Corte X 3.20 m · prof. 1.00 m"}));
+    documento = porTexto(documento);
+
+    {
+        LectorJson l(documento, "ProyectoTESKAL");
+        const auto c = l.diccionarioDeListasOpcional("cotasPorSeccion", cota2DDesdeJson);
+        const auto e =
+            l.diccionarioDeListasOpcional("etiquetasPorSeccion", etiqueta2DGuardadaDesdeJson);
+        const auto s = l.listaOpcional("secciones", seccionGuardadaDesdeJson);
+        const auto m = l.listaOpcional("comentarios", comentarioMarkupDesdeJson);
+        const auto t = l.objetoOpcional("timeLiner", timeLinerConfigDesdeJson);
+        ASSERT_TRUE(l.ok()) << l.error();
+        EXPECT_TRUE(c == cotas);
+        EXPECT_TRUE(e == etiquetas);
+        EXPECT_TRUE(s == secciones);
+        ASSERT_TRUE(m && m->size() == 1);
+        EXPECT_TRUE(m->front() == comentarioCompleto());
+        EXPECT_TRUE(t == configuracion());
+    }
+    {
+        // Absent or null optional keys give nothing, and no fault.
+        QJsonObject sinNada{{"timeLiner", QJsonValue()}};
+        LectorJson l(sinNada, "ProyectoTESKAL");
+        EXPECT_FALSE(l.diccionarioDeListasOpcional("cotasPorSeccion", cota2DDesdeJson));
+        EXPECT_FALSE(l.listaOpcional("comentarios", comentarioMarkupDesdeJson));
+        EXPECT_FALSE(l.objetoOpcional("timeLiner", timeLinerConfigDesdeJson));
+        EXPECT_TRUE(l.ok()) << l.error();
+        // The required forms of the same keys fail.
+        l.lista("secciones", seccionGuardadaDesdeJson);
+        EXPECT_EQ(l.error(), "Falta la clave \"secciones\" en ProyectoTESKAL.");
+    }
+    {
+        QJsonObject mal = documento;
+        QJsonObject porTitulo = mal["cotasPorSeccion"].toObject();
+        QJsonArray lista = porTitulo["Planta Z 1.00 m"].toArray();
+        QJsonObject sinOffset = lista[1].toObject();
+        sinOffset.remove("offsetLateral");
+        lista[1] = sinOffset;
+        porTitulo["Planta Z 1.00 m"] = lista;
+        mal["cotasPorSeccion"] = porTitulo;
+        LectorJson l(mal, "ProyectoTESKAL");
+        EXPECT_FALSE(l.diccionarioDeListasOpcional("cotasPorSeccion", cota2DDesdeJson));
+        EXPECT_EQ(l.error(), "Falta la clave \"offsetLateral\" en Cota2D (cotasPorSeccion[\"Planta "
+                             "Z 1.00 m\"][1]).");
+
+        porTitulo["Planta Z 1.00 m"] = QJsonObject{};
+        mal["cotasPorSeccion"] = porTitulo;
+        LectorJson l2(mal, "ProyectoTESKAL");
+        l2.diccionarioDeListasOpcional("cotasPorSeccion", cota2DDesdeJson);
+        EXPECT_EQ(
+            l2.error(),
+            "El valor cotasPorSeccion[\"Planta Z 1.00 m\"] de ProyectoTESKAL no es una lista.");
+
+        mal["cotasPorSeccion"] = QJsonArray{};
+        LectorJson l3(mal, "ProyectoTESKAL");
+        l3.diccionarioDeListasOpcional("cotasPorSeccion", cota2DDesdeJson);
+        EXPECT_EQ(l3.error(), "La clave \"cotasPorSeccion\" de ProyectoTESKAL no es un objeto.");
+    }
+}
+
+TEST(RegistrosJson, fechas) {
+    EXPECT_EQ(textoFechaJson(kFecha), "2024-03-05T14:07:09Z");
+    // Another zone is written as the same instant in UTC; milliseconds are dropped.
+    EXPECT_EQ(
+        textoFechaJson(QDateTime(QDate(2024, 3, 5), QTime(16, 7, 9), Qt::OffsetFromUTC, 7200)),
+        "2024-03-05T14:07:09Z");
+    EXPECT_EQ(textoFechaJson(kFecha.addMSecs(789)), "2024-03-05T14:07:09Z");
+    EXPECT_EQ(textoFechaJson(
+                  QDateTime(QDate(2023, 12, 31), QTime(23, 59, 59), Qt::OffsetFromUTC, -3 * 3600)),
+              "2024-01-01T02:59:59Z");
+
+    const std::pair<const char*, QDateTime> validas[] = {
+        {"2024-03-05T14:07:09Z", kFecha},
+        {"2024-03-05T16:07:09+02:00", kFecha},
+        {"2024-03-05T11:07:09-0300", kFecha},
+        {"2024-03-05T14:07:09.250Z", kFecha.addMSecs(250)},
+        {"2024-03-05T14:07:09.1234567Z", kFecha.addMSecs(123)},
+        {"2024-03-05T14:07:09.5+01:00", kFecha.addSecs(-3600).addMSecs(500)},
+        {"2024-02-29T00:00:00Z", QDateTime(QDate(2024, 2, 29), QTime(0, 0), Qt::UTC)},
+    };
+    for (const auto& [texto, esperada] : validas) {
+        const auto f = fechaDesdeTextoJson(QString::fromLatin1(texto));
+        ASSERT_TRUE(f) << texto;
+        EXPECT_EQ(*f, esperada) << texto;
+        EXPECT_EQ(f->timeSpec(), Qt::UTC) << texto;
+    }
+    for (const char* mal :
+         {"2024-03-05T14:07:09", "2024-03-05", "2024-03-05 14:07:09Z", "2023-02-29T00:00:00Z",
+          "2024-13-01T00:00:00Z", "2024-03-05T24:00:00Z", "2024-03-05T14:60:00Z",
+          "2024-03-05T14:07:09+25:00", "2024-03-05T14:07:09Zx", ""})
+        EXPECT_FALSE(fechaDesdeTextoJson(QString::fromLatin1(mal))) << mal;
+
+    // A date read with an offset is written back in UTC.
+    QJsonObject s = aJson(configuracion());
+    s["fechaInicio"] = "2024-03-05T16:07:09+02:00";
+    const auto c = timeLinerConfigDesdeJson(s);
+    ASSERT_TRUE(c.ok()) << c.error;
+    EXPECT_EQ(c.valor->fechaInicio, kFecha);
+    EXPECT_EQ(aJson(*c.valor)["fechaInicio"].toString(), "2024-03-05T14:07:09Z");
+}
+
+TEST(RegistrosJson, uuidsEnMayusculas) {
+    EXPECT_EQ(uuidDesdeTexto(u"c0de0000-abcd-4ef0-8000-00000000c07a"),
+              "C0DE0000-ABCD-4EF0-8000-00000000C07A");
+    for (const char16_t* mal :
+         {u"C0DE0000ABCD4EF0800000000000C07A", u"{C0DE0000-ABCD-4EF0-8000-00000000C07A}",
+          u"C0DE0000-ABCD-4EF0-8000-00000000C07", u"G0DE0000-ABCD-4EF0-8000-00000000C07A",
+          u" C0DE0000-ABCD-4EF0-8000-00000000C07A", u""})
+        EXPECT_FALSE(uuidDesdeTexto(mal)) << QString::fromUtf16(mal).toStdString();
+
+    // Lower case read is kept in upper case; a lower-case id is written in upper case.
+    QJsonObject o = aJson(seccion());
+    o["id"] = "5ec0abcd-0000-4000-8000-00000000000f";
+    const auto s = seccionGuardadaDesdeJson(o);
+    ASSERT_TRUE(s.ok()) << s.error;
+    EXPECT_EQ(s.valor->id, "5EC0ABCD-0000-4000-8000-00000000000F");
+    TrazadoMarkup t = comentarioCompleto().trazados[0];
+    t.id = "aaaaaaaa-bbbb-cccc-dddd-eeeeeeeeeeee";
+    EXPECT_EQ(aJson(t)["id"].toString(), "AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE");
+    PaqueteAWP p = paqueteMinimo();
+    p.id = "a1b2c3d4-e5f6-4789-abcd-ef0123456789";
+    EXPECT_EQ(aJson(p)["id"].toString(), "A1B2C3D4-E5F6-4789-ABCD-EF0123456789");
+}
+
+TEST(RegistrosJson, floatsVuelvenIguales) {
+    // Any float, written through the document's text, reads back as the same
+    // float, and is written in no more digits than it needs.
+    std::mt19937 azar(7);
+    std::uniform_real_distribution<float> lugar(-1000.0f, 1000.0f);
+    std::uniform_int_distribution<int> exponente(-30, 30);
+    for (int i = 0; i < 2000; ++i) {
+        const float f = std::ldexp(lugar(azar), exponente(azar));
+        const Cota2D c{"C0DE0000-0000-4000-8000-00000000C07A", {f, -f}, {f * 3, 0}, f};
+        const auto leida = cota2DDesdeJson(porTexto(aJson(c)));
+        ASSERT_TRUE(leida.ok()) << leida.error;
+        ASSERT_EQ(leida.valor->offsetLateral, f) << compacto(aJson(c));
+        ASSERT_EQ(leida.valor->p1, c.p1);
+        ASSERT_EQ(leida.valor->p2, c.p2);
+    }
+    EXPECT_EQ(jsonFloat(0.6f).toDouble(), 0.6);
+    EXPECT_EQ(jsonFloat(-2.3f).toDouble(), -2.3);
+}
+
+TEST(RegistrosJson, conversionDeEtiquetas) {
+    Etiqueta2D viva;
+    viva.id = "E71C0000-0000-4000-8000-000000000001";
+    viva.ancla = {12.5f, 3.25f};
+    viva.offsetTexto = {0.4f, -0.8f};
+    viva.nombre = "Viga W12x26:V-14";
+    viva.tipoIFC = "Viga";
+    viva.dimensiones = "6.00 × 0.30 m";
+    viva.material = "Acero A36";
+    viva.nivel = "Nivel 2";
+    viva.visible = true;
+    viva.key = "EST";
+    viva.color = Color{0.2f, 0.4f, 0.9f, 1.0f};
+
+    const Etiqueta2DGuardada g = etiquetaGuardada(viva);
+    EXPECT_TRUE(g == (Etiqueta2DGuardada{"Viga W12x26:V-14", "EST", true, {0.4f, -0.8f}}));
+
+    const Etiqueta2D r1 = etiquetaRestaurada(g);
+    const Etiqueta2D r2 = etiquetaRestaurada(g);
+    EXPECT_EQ(uuidDesdeTexto(QString::fromStdString(r1.id)), r1.id);
+    EXPECT_NE(r1.id, r2.id);
+    EXPECT_NE(r1.id, viva.id);
+    EXPECT_EQ(r1.ancla, glm::vec2(0.0f));
+    EXPECT_EQ(r1.offsetTexto, viva.offsetTexto);
+    EXPECT_EQ(r1.nombre, viva.nombre);
+    EXPECT_EQ(r1.key, viva.key);
+    EXPECT_TRUE(r1.visible);
+    EXPECT_EQ(r1.tipoIFC, "");
+    EXPECT_EQ(r1.dimensiones, "");
+    EXPECT_EQ(r1.material, "");
+    EXPECT_EQ(r1.nivel, "");
+    EXPECT_EQ(r1.color, colorEtiquetaRestaurada);
+    Etiqueta2DGuardada oculta = g;
+    oculta.visible = false;
+    EXPECT_FALSE(etiquetaRestaurada(oculta).visible);
+
+    // A whole store, through the document and back: titles, order and the four
+    // kept fields survive.
+    Etiqueta2D otra = viva;
+    otra.nombre = "Muro M-1";
+    otra.key = "ARQ";
+    otra.visible = false;
+    otra.offsetTexto = {-2.0f, 0.0f};
+    const EtiquetasPorTitulo store{{"Planta Z 1.00 m", {viva, otra}}, {"Corte Y 0.00 m", {}}};
+    const EtiquetasGuardadasPorTitulo guardadas = etiquetasGuardadas(store);
+    LectorJson l(porTexto(QJsonObject{{"etiquetasPorSeccion", aJson(guardadas)}}),
+                 "ProyectoTESKAL");
+    const auto leidas =
+        l.diccionarioDeListasOpcional("etiquetasPorSeccion", etiqueta2DGuardadaDesdeJson);
+    ASSERT_TRUE(leidas) << l.error();
+    const EtiquetasPorTitulo vuelta = etiquetasRestauradas(*leidas);
+    ASSERT_EQ(vuelta.size(), 2u);
+    ASSERT_EQ(vuelta.at("Corte Y 0.00 m").size(), 0u);
+    const auto& lista = vuelta.at("Planta Z 1.00 m");
+    ASSERT_EQ(lista.size(), 2u);
+    for (std::size_t i = 0; i < 2; ++i) {
+        const Etiqueta2D& antes = store.at("Planta Z 1.00 m")[i];
+        EXPECT_EQ(lista[i].nombre, antes.nombre);
+        EXPECT_EQ(lista[i].key, antes.key);
+        EXPECT_EQ(lista[i].visible, antes.visible);
+        EXPECT_EQ(lista[i].offsetTexto, antes.offsetTexto);
+        EXPECT_EQ(lista[i].ancla, glm::vec2(0.0f));
+    }
+}
+
+TEST(RegistrosJson, valoresPorDefecto) {
+    // Twelve months by the calendar in local time: from 29 February to 28
+    // February, and a leap year's 366 days from March to March.
+    const QDateTime bisiesto(QDate(2024, 2, 29), QTime(12, 0), Qt::LocalTime);
+    const TimeLinerConfig c = TimeLinerConfig::porDefecto(bisiesto);
+    EXPECT_TRUE(c.paquetes.empty());
+    EXPECT_EQ(c.moneda, "USD");
+    EXPECT_EQ(c.fechaInicio, bisiesto);
+    EXPECT_EQ(c.fechaInicio.timeSpec(), Qt::UTC);
+    EXPECT_EQ(c.fechaFin.toLocalTime().date(), QDate(2025, 2, 28));
+    EXPECT_EQ(c.fechaFin.toLocalTime().time(), QTime(12, 0));
+    const QDateTime marzo(QDate(2023, 3, 15), QTime(10, 30), Qt::LocalTime);
+    const TimeLinerConfig m = TimeLinerConfig::porDefecto(marzo);
+    EXPECT_EQ(m.fechaFin.toLocalTime().date(), QDate(2024, 3, 15));
+    EXPECT_EQ(m.fechaFin.toLocalTime().time(), QTime(10, 30));
+
+    const QDateTime enero(QDate(2024, 1, 15), QTime(9, 45), Qt::LocalTime);
+    const PaqueteAWP p = PaqueteAWP::nuevo(enero);
+    const PaqueteAWP q = PaqueteAWP::nuevo(enero);
+    EXPECT_EQ(uuidDesdeTexto(QString::fromStdString(p.id)), p.id);
+    EXPECT_NE(p.id, q.id);
+    EXPECT_EQ(p.nivel, NivelAWP::iwp);
+    EXPECT_EQ(p.codigo, "");
+    EXPECT_EQ(p.fechaInicio, enero);
+    EXPECT_EQ(p.fechaFin.toLocalTime().date(), QDate(2024, 2, 14));
+    EXPECT_EQ(p.fechaFin.toLocalTime().time(), QTime(9, 45));
+    EXPECT_FALSE(p.parentCodigo || p.fechaInicioReal || p.fechaFinReal);
+    EXPECT_EQ(p.progreso + p.presupuesto + p.costoReal + p.hh + p.hhReal, 0.0);
+    EXPECT_TRUE(p.elementosNombre.empty());
+    EXPECT_EQ(p.colorIdx, 0);
+}
