@@ -26,5 +26,8 @@ int main(int argc, char** argv) {
                      [&cv](const std::string& nombre) { cv.recibirNotificacion(nombre); });
     teskal::VentanaPrincipal ventana(cv, centro);
     ventana.show();
+    // A project or a package given on the command line opens at once.
+    const QStringList argumentos = QApplication::arguments();
+    if (argumentos.size() > 1) cv.abrirArchivoInicial(argumentos.at(1).toStdString());
     return QApplication::exec();
 }

@@ -105,8 +105,13 @@ public:
     bool mostrarExportarPaquete = false;
     bool mostrarAbrirPaquete = false;
     std::optional<std::string> paqueteExportado; // the name the alert announces
-    // The document's sections of other subsystems, kept as they came.
-    QJsonObject opcionalesProyecto;
+
+    // Records of the sections, comments and timeline subsystems.
+    std::vector<SeccionGuardada> seccionesGuardadas;
+    CotasPorTitulo almacenCotas;       // dimensions by sheet title
+    EtiquetasPorTitulo almacenEtiquetas; // labels by sheet title
+    std::vector<ComentarioMarkup> comentarios;
+    TimeLinerConfig timeLiner = TimeLinerConfig::porDefecto();
 
     // Reporting.
     std::optional<std::string> errorMessage;

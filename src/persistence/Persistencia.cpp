@@ -37,7 +37,11 @@ ProyectoTESKAL ContentView::construirProyecto() const {
                                         i.viewpointTarget.z, i.radio});
         p.historialAnalisis.push_back(std::move(g));
     }
-    p.opcionales = opcionalesProyecto;
+    p.timeLiner = timeLiner;
+    p.secciones = seccionesGuardadas;
+    p.cotasPorSeccion = almacenCotas;
+    p.etiquetasPorSeccion = etiquetasGuardadas(almacenEtiquetas);
+    p.comentarios = comentarios;
     return p;
 }
 
@@ -138,7 +142,11 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
         }
         historialAnalisis.push_back(std::move(a));
     }
-    opcionalesProyecto = p.opcionales;
+    timeLiner = p.timeLiner.value_or(TimeLinerConfig::porDefecto());
+    seccionesGuardadas = p.secciones.value_or(std::vector<SeccionGuardada>{});
+    comentarios = p.comentarios.value_or(std::vector<ComentarioMarkup>{});
+    almacenCotas = p.cotasPorSeccion.value_or(CotasPorTitulo{});
+    almacenEtiquetas = p.etiquetasPorSeccion ? etiquetasRestauradas(*p.etiquetasPorSeccion) : EtiquetasPorTitulo{};
     emit changed();
 
     // Every model is converted again, one job each, all at once. A file that

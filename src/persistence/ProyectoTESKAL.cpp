@@ -1,155 +1,108 @@
 #include "persistence/ProyectoTESKAL.h"
 
+#include "persistence/JsonRegistros.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonParseError>
-#include <QTimeZone>
-#include <QUuid>
-#include <cmath>
 
 namespace teskal {
 
 namespace {
 
-QString q(const std::string& s) { return QString::fromStdString(s); }
+QJsonObject aJson(const ModeloGuardado& m) {
+    QJsonObject o{{"nombre", jsonTexto(m.nombre)},
+                  {"rutaAbsoluta", jsonTexto(m.rutaAbsoluta)},
+                  {"isVisible", m.isVisible},
+                  {"transparencia", m.transparencia}};
+    if (m.rutaRelativa) o[QStringLiteral("rutaRelativa")] = jsonTexto(*m.rutaRelativa);
+    return o;
+}
 
-// Reads required and optional keys of one object; the first fault is kept,
-// as a complete sentence naming the key and the record.
-class Lector {
-public:
-    Lector(const QJsonObject& o, const char* registro, std::string& error) : o_(o), registro_(registro), error_(error) {}
+QJsonObject aJson(const EspecialidadGuardada& e) {
+    QJsonArray modelos;
+    for (const auto& m : e.modelos) modelos.append(aJson(m));
+    return {{"key", jsonTexto(e.key)},   {"nombre", jsonTexto(e.nombre)}, {"icono", jsonTexto(e.icono)},
+            {"colorR", e.colorR},        {"colorG", e.colorG},            {"colorB", e.colorB},
+            {"isVisible", e.isVisible}, {"modelos", modelos}};
+}
 
-    bool tiene(const char* clave) const { return o_.contains(QLatin1String(clave)); }
-    QJsonValue valor(const char* clave) {
-        if (!error_.empty()) return {};
-        const QJsonValue v = o_.value(QLatin1String(clave));
-        if (v.isUndefined()) fallar(std::string("falta la clave \"") + clave + "\" en " + registro_ + ".");
-        return v;
-    }
-    std::string texto(const char* clave) {
-        const QJsonValue v = valor(clave);
-        if (!error_.empty()) return {};
-        if (!v.isString()) fallar(tipo(clave, "un texto"));
-        return v.toString().toStdString();
-    }
-    double numero(const char* clave) {
-        const QJsonValue v = valor(clave);
-        if (!error_.empty()) return 0;
-        if (!v.isDouble()) fallar(tipo(clave, "un número"));
-        return v.toDouble();
-    }
-    int entero(const char* clave) {
-        const double d = numero(clave);
-        if (error_.empty() && (d != static_cast<double>(static_cast<long long>(d)) || std::abs(d) > 2147483647.0))
-            fallar(tipo(clave, "un número entero"));
-        return static_cast<int>(d);
-    }
-    bool booleano(const char* clave) {
-        const QJsonValue v = valor(clave);
-        if (!error_.empty()) return false;
-        if (!v.isBool()) fallar(tipo(clave, "un valor lógico"));
-        return v.toBool();
-    }
-    QJsonArray lista(const char* clave) {
-        const QJsonValue v = valor(clave);
-        if (!error_.empty()) return {};
-        if (!v.isArray()) fallar(tipo(clave, "una lista"));
-        return v.toArray();
-    }
-    std::string uuid(const char* clave) {
-        const std::string t = texto(clave);
-        if (error_.empty() && QUuid::fromString(q(t)).isNull()) fallar(tipo(clave, "un UUID"));
-        return QString::fromStdString(t).toUpper().toStdString();
-    }
-    QDateTime fecha(const char* clave) {
-        const std::string t = texto(clave);
-        if (!error_.empty()) return {};
-        const auto f = fechaDesdeTexto(q(t));
-        if (!f) fallar(tipo(clave, "una fecha ISO 8601"));
-        return f.value_or(QDateTime());
-    }
-    void fallar(std::string mensaje) {
-        if (error_.empty()) error_ = std::move(mensaje);
-    }
+QJsonObject aJson(const InterferenciaGuardada& i) {
+    return {{"id", jsonUuid(i.id)},
+            {"nombreA", jsonTexto(i.nombreA)},
+            {"especialidadA", jsonTexto(i.especialidadA)},
+            {"nombreB", jsonTexto(i.nombreB)},
+            {"especialidadB", jsonTexto(i.especialidadB)},
+            {"estado", jsonTexto(i.estado)},
+            {"vpPosX", i.vpPosX},
+            {"vpPosY", i.vpPosY},
+            {"vpPosZ", i.vpPosZ},
+            {"vpTgtX", i.vpTgtX},
+            {"vpTgtY", i.vpTgtY},
+            {"vpTgtZ", i.vpTgtZ},
+            {"radio", i.radio}};
+}
 
-private:
-    std::string tipo(const char* clave, const char* esperado) const {
-        return std::string("la clave \"") + clave + "\" de " + registro_ + " no es " + esperado + ".";
-    }
-    const QJsonObject& o_;
-    const char* registro_;
-    std::string& error_;
-};
+QJsonObject aJson(const AnalisisGuardado& a) {
+    QJsonArray lista;
+    for (const auto& i : a.interferencias) lista.append(aJson(i));
+    return {{"id", jsonUuid(a.id)},
+            {"nombre", jsonTexto(a.nombre)},
+            {"fecha", jsonFecha(a.fecha)},
+            {"tolerancia", a.tolerancia},
+            {"interferencias", lista}};
+}
 
-QJsonObject objetoDe(const QJsonValue& v, const char* registro, std::string& error) {
-    if (!v.isObject() && error.empty()) error = std::string("un elemento de ") + registro + " no es un objeto.";
-    return v.toObject();
+ResultadoJson<ModeloGuardado> modeloDesdeJson(const QJsonValue& v, const std::string& ruta) {
+    LectorJson l(v, "ModeloGuardado", ruta);
+    ModeloGuardado m{l.texto("nombre"), l.texto("rutaAbsoluta"), l.textoOpcional("rutaRelativa"),
+                     l.booleano("isVisible"), l.numero("transparencia")};
+    return l.resultado(std::move(m));
+}
+
+ResultadoJson<EspecialidadGuardada> especialidadDesdeJson(const QJsonValue& v, const std::string& ruta) {
+    LectorJson l(v, "EspecialidadGuardada", ruta);
+    EspecialidadGuardada e{l.texto("key"),    l.texto("nombre"),      l.texto("icono"), l.numero("colorR"),
+                           l.numero("colorG"), l.numero("colorB"), l.booleano("isVisible"), {}};
+    e.modelos = l.lista("modelos", modeloDesdeJson);
+    return l.resultado(std::move(e));
+}
+
+ResultadoJson<InterferenciaGuardada> interferenciaDesdeJson(const QJsonValue& v, const std::string& ruta) {
+    LectorJson l(v, "InterferenciaGuardada", ruta);
+    InterferenciaGuardada i{l.uuid("id"),         l.texto("nombreA"), l.texto("especialidadA"), l.texto("nombreB"),
+                            l.texto("especialidadB"), l.texto("estado"), l.numero("vpPosX"),      l.numero("vpPosY"),
+                            l.numero("vpPosZ"),    l.numero("vpTgtX"), l.numero("vpTgtY"),       l.numero("vpTgtZ"),
+                            l.numero("radio")};
+    return l.resultado(std::move(i));
+}
+
+ResultadoJson<AnalisisGuardado> analisisDesdeJson(const QJsonValue& v, const std::string& ruta) {
+    LectorJson l(v, "AnalisisGuardado", ruta);
+    AnalisisGuardado a{l.uuid("id"), l.texto("nombre"), l.fecha("fecha"), l.numero("tolerancia"), {}};
+    a.interferencias = l.lista("interferencias", interferenciaDesdeJson);
+    return l.resultado(std::move(a));
 }
 
 } // namespace
 
-QString textoFecha(const QDateTime& fecha) {
-    return fecha.toUTC().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")) + QStringLiteral("Z");
-}
-
-std::optional<QDateTime> fechaDesdeTexto(const QString& texto) {
-    QDateTime f = QDateTime::fromString(texto, Qt::ISODateWithMs);
-    if (!f.isValid()) f = QDateTime::fromString(texto, Qt::ISODate);
-    if (!f.isValid() || f.timeSpec() == Qt::LocalTime) return std::nullopt; // a zone is required
-    return f.toUTC();
-}
-
 QByteArray codificarProyecto(const ProyectoTESKAL& p) {
-    QJsonObject raiz = p.opcionales;
+    QJsonObject raiz;
     raiz[QStringLiteral("version")] = p.version;
     QJsonArray orden;
-    for (const auto& k : p.ordenEspecialidades) orden.append(q(k));
+    for (const auto& k : p.ordenEspecialidades) orden.append(jsonTexto(k));
     raiz[QStringLiteral("ordenEspecialidades")] = orden;
     QJsonArray esps;
-    for (const auto& e : p.especialidades) {
-        QJsonArray modelos;
-        for (const auto& m : e.modelos) {
-            QJsonObject o{{"nombre", q(m.nombre)},
-                          {"rutaAbsoluta", q(m.rutaAbsoluta)},
-                          {"isVisible", m.isVisible},
-                          {"transparencia", m.transparencia}};
-            if (m.rutaRelativa) o[QStringLiteral("rutaRelativa")] = q(*m.rutaRelativa);
-            modelos.append(o);
-        }
-        esps.append(QJsonObject{{"key", q(e.key)},
-                                {"nombre", q(e.nombre)},
-                                {"icono", q(e.icono)},
-                                {"colorR", e.colorR},
-                                {"colorG", e.colorG},
-                                {"colorB", e.colorB},
-                                {"isVisible", e.isVisible},
-                                {"modelos", modelos}});
-    }
+    for (const auto& e : p.especialidades) esps.append(aJson(e));
     raiz[QStringLiteral("especialidades")] = esps;
     QJsonArray historial;
-    for (const auto& a : p.historialAnalisis) {
-        QJsonArray lista;
-        for (const auto& i : a.interferencias)
-            lista.append(QJsonObject{{"id", q(i.id)},
-                                     {"nombreA", q(i.nombreA)},
-                                     {"especialidadA", q(i.especialidadA)},
-                                     {"nombreB", q(i.nombreB)},
-                                     {"especialidadB", q(i.especialidadB)},
-                                     {"estado", q(i.estado)},
-                                     {"vpPosX", i.vpPosX},
-                                     {"vpPosY", i.vpPosY},
-                                     {"vpPosZ", i.vpPosZ},
-                                     {"vpTgtX", i.vpTgtX},
-                                     {"vpTgtY", i.vpTgtY},
-                                     {"vpTgtZ", i.vpTgtZ},
-                                     {"radio", i.radio}});
-        historial.append(QJsonObject{{"id", q(a.id)},
-                                     {"nombre", q(a.nombre)},
-                                     {"fecha", textoFecha(a.fecha)},
-                                     {"tolerancia", a.tolerancia},
-                                     {"interferencias", lista}});
-    }
+    for (const auto& a : p.historialAnalisis) historial.append(aJson(a));
     raiz[QStringLiteral("historialAnalisis")] = historial;
+    if (p.timeLiner) raiz[QStringLiteral("timeLiner")] = aJson(*p.timeLiner);
+    if (p.secciones) raiz[QStringLiteral("secciones")] = aJson(*p.secciones);
+    if (p.cotasPorSeccion) raiz[QStringLiteral("cotasPorSeccion")] = aJson(*p.cotasPorSeccion);
+    if (p.etiquetasPorSeccion) raiz[QStringLiteral("etiquetasPorSeccion")] = aJson(*p.etiquetasPorSeccion);
+    if (p.comentarios) raiz[QStringLiteral("comentarios")] = aJson(*p.comentarios);
     return QJsonDocument(raiz).toJson(QJsonDocument::Indented);
 }
 
@@ -160,50 +113,18 @@ std::variant<ProyectoTESKAL, std::string> decodificarProyecto(const QByteArray& 
         return "el archivo no es un documento JSON válido (" + fallo.errorString().toStdString() + ", posición " +
                std::to_string(fallo.offset) + ").";
     if (!doc.isObject()) return std::string("el documento no es un objeto JSON.");
-    std::string error;
-    const QJsonObject raiz = doc.object();
-    Lector r(raiz, "el proyecto", error);
+    LectorJson l(doc.object(), "ProyectoTESKAL");
     ProyectoTESKAL p;
-    p.version = r.entero("version");
-    for (const auto& v : r.lista("ordenEspecialidades")) {
-        if (!v.isString()) r.fallar("un elemento de \"ordenEspecialidades\" no es un texto.");
-        p.ordenEspecialidades.push_back(v.toString().toStdString());
-    }
-    for (const auto& v : r.lista("especialidades")) {
-        const QJsonObject o = objetoDe(v, "especialidades", error);
-        Lector e(o, "EspecialidadGuardada", error);
-        EspecialidadGuardada eg{e.texto("key"),        e.texto("nombre"),  e.texto("icono"),
-                                e.numero("colorR"),    e.numero("colorG"), e.numero("colorB"),
-                                e.booleano("isVisible"), {}};
-        for (const auto& vm : e.lista("modelos")) {
-            const QJsonObject om = objetoDe(vm, "modelos", error);
-            Lector m(om, "ModeloGuardado", error);
-            ModeloGuardado mg{m.texto("nombre"), m.texto("rutaAbsoluta"), std::nullopt, m.booleano("isVisible"),
-                              m.numero("transparencia")};
-            if (m.tiene("rutaRelativa")) mg.rutaRelativa = m.texto("rutaRelativa");
-            eg.modelos.push_back(std::move(mg));
-        }
-        p.especialidades.push_back(std::move(eg));
-    }
-    for (const auto& v : r.lista("historialAnalisis")) {
-        const QJsonObject o = objetoDe(v, "historialAnalisis", error);
-        Lector a(o, "AnalisisGuardado", error);
-        AnalisisGuardado ag{a.uuid("id"), a.texto("nombre"), a.fecha("fecha"), a.numero("tolerancia"), {}};
-        for (const auto& vi : a.lista("interferencias")) {
-            const QJsonObject oi = objetoDe(vi, "interferencias", error);
-            Lector i(oi, "InterferenciaGuardada", error);
-            ag.interferencias.push_back({i.uuid("id"), i.texto("nombreA"), i.texto("especialidadA"),
-                                         i.texto("nombreB"), i.texto("especialidadB"), i.texto("estado"),
-                                         i.numero("vpPosX"), i.numero("vpPosY"), i.numero("vpPosZ"),
-                                         i.numero("vpTgtX"), i.numero("vpTgtY"), i.numero("vpTgtZ"),
-                                         i.numero("radio")});
-        }
-        p.historialAnalisis.push_back(std::move(ag));
-    }
-    if (!error.empty()) return error;
-    for (const char* clave : {"timeLiner", "secciones", "cotasPorSeccion", "etiquetasPorSeccion", "comentarios"})
-        if (raiz.contains(QLatin1String(clave)) && !raiz.value(QLatin1String(clave)).isNull())
-            p.opcionales[QLatin1String(clave)] = raiz.value(QLatin1String(clave));
+    p.version = l.entero("version");
+    p.ordenEspecialidades = l.textos("ordenEspecialidades");
+    p.especialidades = l.lista("especialidades", especialidadDesdeJson);
+    p.historialAnalisis = l.lista("historialAnalisis", analisisDesdeJson);
+    p.timeLiner = l.objetoOpcional("timeLiner", timeLinerConfigDesdeJson);
+    p.secciones = l.listaOpcional("secciones", seccionGuardadaDesdeJson);
+    p.cotasPorSeccion = l.diccionarioDeListasOpcional("cotasPorSeccion", cota2DDesdeJson);
+    p.etiquetasPorSeccion = l.diccionarioDeListasOpcional("etiquetasPorSeccion", etiqueta2DGuardadaDesdeJson);
+    p.comentarios = l.listaOpcional("comentarios", comentarioMarkupDesdeJson);
+    if (!l.ok()) return l.error();
     return p;
 }
 

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "sections/SeccionGuardada.h"
+#include "timeline/PaqueteAWP.h"
+#include "viewport/markup/ComentarioMarkup.h"
+
 #include <QByteArray>
 #include <QDateTime>
-#include <QJsonObject>
+#include <map>
 #include <optional>
 #include <string>
 #include <variant>
@@ -50,16 +54,19 @@ struct AnalisisGuardado {
     friend bool operator==(const AnalisisGuardado&, const AnalisisGuardado&) = default;
 };
 
-// The project document. The sections of comments, saved sections, their
-// dimensions and labels, and the timeline are carried as their JSON values,
-// decoded and encoded by their own records (see ProyectoSecciones).
+// The project document: disciplines and their models, the clash history, and
+// the optional sections of the timeline, saved sections with their dimensions
+// and labels (keyed by sheet title), and comments.
 struct ProyectoTESKAL {
     int version = 2;
     std::vector<std::string> ordenEspecialidades;
     std::vector<EspecialidadGuardada> especialidades;
     std::vector<AnalisisGuardado> historialAnalisis;
-    // Optional keys, present only when the workspace has them.
-    QJsonObject opcionales;
+    std::optional<TimeLinerConfig> timeLiner;
+    std::optional<std::vector<SeccionGuardada>> secciones;
+    std::optional<CotasPorTitulo> cotasPorSeccion;
+    std::optional<EtiquetasGuardadasPorTitulo> etiquetasPorSeccion;
+    std::optional<std::vector<ComentarioMarkup>> comentarios;
 };
 
 // The document as the file holds it: UTF-8 JSON, indented, keys sorted,
@@ -68,9 +75,5 @@ QByteArray codificarProyecto(const ProyectoTESKAL& p);
 // The document of a file, or the Spanish description of why it can't be read:
 // not JSON, a required key missing, a value of the wrong type.
 std::variant<ProyectoTESKAL, std::string> decodificarProyecto(const QByteArray& datos);
-
-// Dates of the document.
-QString textoFecha(const QDateTime& fecha);
-std::optional<QDateTime> fechaDesdeTexto(const QString& texto);
 
 } // namespace teskal

@@ -13,6 +13,7 @@
 #include "viewport/ui/VisorEscena.h"
 
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMenuBar>
@@ -100,6 +101,25 @@ void VentanaPrincipal::crearMenus() {
     abrirIFC->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
     connect(abrirIFC, &QAction::triggered, this, [this] { centro_.publicar(notificaciones::abrirIFC); });
 
+    auto publicarCon = [this](QMenu* menu, const QString& texto, const char* nombre, const char* notificacion,
+                              const QKeySequence& atajo) {
+        QAction* a = menu->addAction(texto);
+        a->setObjectName(QString::fromLatin1(nombre));
+        if (!atajo.isEmpty()) a->setShortcut(atajo);
+        const std::string n = notificacion;
+        connect(a, &QAction::triggered, this, [this, n] { centro_.publicar(n); });
+    };
+    archivo->addSeparator();
+    publicarCon(archivo, QStringLiteral("Guardar proyecto"), "accionGuardarProyecto", notificaciones::guardarProyecto,
+                QKeySequence(Qt::CTRL | Qt::Key_S));
+    publicarCon(archivo, QStringLiteral("Abrir proyecto..."), "accionAbrirProyecto", notificaciones::abrirProyecto,
+                QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+    archivo->addSeparator();
+    publicarCon(archivo, QStringLiteral("Exportar paquete compartible..."), "accionExportarPaquete",
+                notificaciones::exportarPaquete, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E));
+    publicarCon(archivo, QStringLiteral("Abrir paquete compartible..."), "accionAbrirPaquete",
+                notificaciones::importarPaquete, QKeySequence());
+
     QMenu* ayuda = menuBar()->addMenu(QStringLiteral("Ayuda"));
     QAction* acerca = ayuda->addAction(QStringLiteral("Acerca de VORNEL"));
     acerca->setObjectName(QStringLiteral("accionAcercaDe"));
@@ -163,7 +183,74 @@ void VentanaPrincipal::sincronizar() {
         dialogoAnalisis_->open();
     }
     if (cv_.analisisPendienteEliminar && !alertaEliminarAnalisis_) abrirEliminarAnalisis();
+    abrirPanelesProyecto();
+    if (cv_.paqueteExportado && !avisoPaquete_) {
+        avisoPaquete_ = new QMessageBox(QMessageBox::Information, QStringLiteral("Paquete exportado"),
+                                        QStringLiteral("Paquete exportado"), QMessageBox::NoButton, this);
+        avisoPaquete_->setObjectName(QStringLiteral("avisoPaqueteExportado"));
+        avisoPaquete_->setAttribute(Qt::WA_DeleteOnClose);
+        avisoPaquete_->setInformativeText(QStringLiteral("El archivo \"%1\" está listo para compartir.")
+                                              .arg(QString::fromStdString(*cv_.paqueteExportado)));
+        avisoPaquete_->addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
+        connect(avisoPaquete_, &QMessageBox::finished, this, [this] { cv_.cerrarAvisoPaquete(); });
+        avisoPaquete_->open();
+    }
     if (cv_.showError) abrirError();
+}
+
+QFileDialog* VentanaPrincipal::dialogoArchivo(const QString& titulo, const QString& mensaje, const QString& filtro,
+                                              bool guardar, const QString& nombre,
+                                              std::function<void(const QString&)> alAceptar) {
+    auto* d = new QFileDialog(this, titulo);
+    d->setObjectName(QStringLiteral("panelProyecto"));
+    d->setAttribute(Qt::WA_DeleteOnClose);
+    d->setOption(QFileDialog::DontUseNativeDialog);
+    d->setAcceptMode(guardar ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    d->setFileMode(guardar ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    d->setNameFilter(filtro);
+    if (!nombre.isEmpty()) d->selectFile(nombre);
+    if (!mensaje.isEmpty())
+        if (auto* rejilla = qobject_cast<QGridLayout*>(d->layout())) {
+            auto* texto = new QLabel(mensaje, d);
+            texto->setWordWrap(true);
+            rejilla->addWidget(texto, rejilla->rowCount(), 0, 1, -1);
+        }
+    connect(d, &QFileDialog::finished, this, [this, d, alAceptar](int resultado) {
+        if (resultado == QDialog::Accepted && !d->selectedFiles().isEmpty())
+            alAceptar(d->selectedFiles().first());
+        else
+            cv_.cerrarPaneles();
+    });
+    d->open();
+    return d;
+}
+
+void VentanaPrincipal::abrirPanelesProyecto() {
+    if (panelProyecto_) return;
+    const QString filtroProyecto = QStringLiteral("Proyecto VORNEL (*.teskal)");
+    const QString filtroPaquete = QStringLiteral("Paquete compartible (*.teskalpkg)");
+    if (cv_.showSavePicker) {
+        panelProyecto_ = dialogoArchivo(QStringLiteral("Guardar proyecto"), {}, filtroProyecto, true,
+                                        QString::fromStdString(cv_.gestor.nombreProyecto) + QStringLiteral(".teskal"),
+                                        [this](QString ruta) {
+                                            if (QFileInfo(ruta).suffix().isEmpty()) ruta += QStringLiteral(".teskal");
+                                            cv_.guardarProyectoComo(ruta.toStdString());
+                                        });
+    } else if (cv_.mostrarAbrirProyecto) {
+        panelProyecto_ = dialogoArchivo(QStringLiteral("Abrir proyecto VORNEL"), {}, filtroProyecto, false, {},
+                                        [this](const QString& ruta) { cv_.abrirProyecto(ruta.toStdString()); });
+    } else if (cv_.mostrarExportarPaquete) {
+        panelProyecto_ = dialogoArchivo(
+            QStringLiteral("Exportar paquete compartible"),
+            QStringLiteral("El paquete incluirá todos los modelos IFC. Envíalo a otro usuario con VORNEL."), filtroPaquete,
+            true, QString::fromStdString(cv_.gestor.nombreProyecto) + QStringLiteral(".teskalpkg"),
+            [this](const QString& ruta) { cv_.exportarPaqueteA(ruta.toStdString()); });
+    } else if (cv_.mostrarAbrirPaquete) {
+        panelProyecto_ = dialogoArchivo(QStringLiteral("Abrir paquete compartible"),
+                                        QStringLiteral("Selecciona un archivo .teskalpkg recibido de otro usuario."),
+                                        filtroPaquete, false, {},
+                                        [this](const QString& ruta) { cv_.abrirPaqueteDe(ruta.toStdString()); });
+    }
 }
 
 void VentanaPrincipal::abrirSelectorArchivo() {

@@ -2,6 +2,7 @@
 
 #include <QMainWindow>
 #include <QPointer>
+#include <functional>
 
 class QFileDialog;
 class QLabel;
@@ -34,6 +35,9 @@ private:
     QWidget* crearBarraLateral();
     void sincronizar();
     void abrirSelectorArchivo();
+    QFileDialog* dialogoArchivo(const QString& titulo, const QString& mensaje, const QString& filtro, bool guardar,
+                                const QString& nombre, std::function<void(const QString&)> alAceptar);
+    void abrirPanelesProyecto();
     void abrirError();
     void abrirEliminarModelo();
     void abrirEliminarAnalisis();
@@ -47,6 +51,8 @@ private:
     QWidget* superposicion_ = nullptr;
     QLabel* textoProgreso_ = nullptr;
     QPointer<QFileDialog> selector_;
+    QPointer<QFileDialog> panelProyecto_;
+    QPointer<QMessageBox> avisoPaquete_;
     QPointer<QMessageBox> alertaError_;
     QPointer<QMessageBox> alertaEliminar_;
     QPointer<QMessageBox> alertaEliminarAnalisis_;
