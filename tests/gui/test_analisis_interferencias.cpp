@@ -84,6 +84,13 @@ private slots:
         QVERIFY2(qRed(c) > 200 && qGreen(c) > 100 && qGreen(c) < qRed(c) - 40 && qBlue(c) < 120,
                  qPrintable(QString::number(c, 16)));
 
+        // A click on the clash's line flies there and lights the pair deep orange.
+        QWidget* linea = ventana.findChild<QWidget*>(QString::fromStdString("interferencia_" + cv.interferencias[0].id));
+        QTest::mouseClick(linea->findChild<QLabel*>(), Qt::LeftButton);
+        QTRY_COMPARE(cv.nodosDestacadosHistorial.size(), std::size_t(2));
+        cv.viewport.terminarAnimacion();
+        QCOMPARE(visor->camara()->position(), glm::vec3(cv.interferencias[0].viewpointPos));
+
         // The trash button asks first; "Eliminar" removes the analysis.
         ventana.findChild<QWidget*>(QString::fromStdString("analisis_" + cv.historialAnalisis[0].id))
             ->findChild<QAbstractButton*>(QStringLiteral("eliminarAnalisis"))

@@ -85,7 +85,7 @@ VentanaPrincipal::VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro
     division->addWidget(crearBarraLateral());
     division->addWidget(columnaDetalle);
     division->setStretchFactor(1, 1);
-    division->setSizes({320, 1120});
+    division->setSizes({340, 1100});
     setCentralWidget(division);
 
     // The 3D view's set-up prepares the scene's lights.
@@ -133,7 +133,8 @@ void VentanaPrincipal::crearMenus() {
 QWidget* VentanaPrincipal::crearBarraLateral() {
     auto* desplazable = new QScrollArea(this);
     desplazable->setWidgetResizable(true);
-    desplazable->setMinimumWidth(280);
+    desplazable->setMinimumWidth(330);
+    desplazable->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto* lateral = new QWidget(desplazable);
     lateral->setObjectName(QStringLiteral("barraLateral"));
     auto* v = new QVBoxLayout(lateral);

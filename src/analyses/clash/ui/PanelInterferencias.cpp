@@ -29,6 +29,7 @@ public:
     using QWidget::QWidget;
 
 protected:
+    void mousePressEvent(QMouseEvent* e) override { e->accept(); }
     void mouseReleaseEvent(QMouseEvent* e) override {
         if (e->button() == Qt::LeftButton && alClicar) alClicar();
     }
