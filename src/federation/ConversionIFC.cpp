@@ -65,9 +65,15 @@ ResultadoConversion convertirIFC(const TrabajoConversion& t) {
     const int codigo = proceso.exitCode() != 0 ? proceso.exitCode() : (exito ? 0 : -1);
 
     // The text index does not depend on the converter: it runs on every exit.
+    // A file too large for memory yields less, as any unreadable file does.
     ModeloConvertido convertido;
-    convertido.propiedades = leerPropiedadesIFC(copia);
-    if (t.leerGrillas) convertido.grillas = leerGrillasIFC(copia);
+    try {
+        convertido.propiedades = leerPropiedadesIFC(copia);
+        if (t.leerGrillas) convertido.grillas = leerGrillasIFC(copia);
+    } catch (const std::bad_alloc&) {
+        convertido.propiedades.clear();
+        convertido.grillas.clear();
+    }
     fs::remove(copia, ec);
 
     if (!exito) {
@@ -77,7 +83,11 @@ ResultadoConversion convertirIFC(const TrabajoConversion& t) {
                                esUTF8Valido(bytes) ? std::string(bytes) : std::string("Sin detalle"), codigo};
     }
 
-    convertido.modelo = cargarOBJ(t.rutaSalida);
+    try {
+        convertido.modelo = cargarOBJ(t.rutaSalida);
+    } catch (const std::bad_alloc&) {
+        convertido.modelo.reset(); // geometry too large for memory: no geometry
+    }
     if (!convertido.modelo) return FalloConversion{FalloConversion::Causa::Geometria, {}, 0};
     normalizarMateriales(*convertido.modelo);
     return convertido;

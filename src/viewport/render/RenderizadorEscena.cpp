@@ -86,6 +86,8 @@ struct RenderizadorEscena::Lote {
     std::size_t base = 0; // global index of the first element
     unsigned vao = 0, vbo = 0;
     int vertices = 0;
+    glm::vec3 min{0.0f}, max{0.0f}; // box of the vertices, in the batch root's space
+    int opacos = 0, transparentes = 0; // elements each pass draws
 };
 
 struct RenderizadorEscena::Ayudante {
@@ -235,6 +237,8 @@ void RenderizadorEscena::sincronizarEstructura(Scene& escena) {
             l->vao = std::exchange(viejo->second->vao, 0);
             l->vbo = std::exchange(viejo->second->vbo, 0);
             l->vertices = viejo->second->vertices;
+            l->min = viejo->second->min;
+            l->max = viejo->second->max;
         } else {
             subirLote(*l);
         }
@@ -251,9 +255,23 @@ void RenderizadorEscena::sincronizarEstructura(Scene& escena) {
     lotes_ = std::move(nuevos);
     ayudantes_ = std::move(ayudantes);
 
-    // Helper buffers of geometries that are gone are freed.
+    // Helper buffers of geometries that are gone are freed, and textures of
+    // images no helper shows any more.
     std::unordered_map<const Geometry*, bool> vivas;
-    for (const auto& a : ayudantes_) vivas[a.nodo->geometry().get()] = true;
+    std::unordered_map<const ImagenRGBA*, bool> imagenes;
+    for (const auto& a : ayudantes_) {
+        vivas[a.nodo->geometry().get()] = true;
+        if (const Material* m = a.nodo->geometry()->firstMaterial(); m && m->diffuseImagen())
+            imagenes[m->diffuseImagen().get()] = true;
+    }
+    for (auto it = texturas_.begin(); it != texturas_.end();) {
+        if (imagenes.contains(it->first)) {
+            ++it;
+            continue;
+        }
+        glDeleteTextures(1, &it->second);
+        it = texturas_.erase(it);
+    }
     for (auto it = buffersAyudantes_.begin(); it != buffersAyudantes_.end();) {
         if (vivas.contains(it->first)) {
             ++it;
@@ -285,6 +303,9 @@ void RenderizadorEscena::subirLote(Lote& lote) {
                 glm::vec3 p = ix >= 0 && ix < nv ? g.vertices[static_cast<std::size_t>(ix)] : glm::vec3(0.0f);
                 if (!identidad) p = glm::vec3(t * glm::vec4(p, 1.0f));
                 datos.push_back({p.x, p.y, p.z, static_cast<std::uint32_t>(i)});
+                if (datos.size() == 1) lote.min = lote.max = p;
+                lote.min = glm::min(lote.min, p);
+                lote.max = glm::max(lote.max, p);
             }
         }
     }
@@ -306,6 +327,7 @@ void RenderizadorEscena::subirLote(Lote& lote) {
 void RenderizadorEscena::sincronizarApariencia() {
     std::vector<glm::vec4> estado(std::max<std::size_t>(elementos_, 1) * 2, glm::vec4(0.0f));
     for (const auto& l : lotes_) {
+        l->opacos = l->transparentes = 0;
         for (std::size_t i = 0; i < l->nodos.size(); ++i) {
             const Node& n = *l->nodos[i];
             bool oculto;
@@ -313,7 +335,10 @@ void RenderizadorEscena::sincronizarApariencia() {
             estadoHeredado(n, oculto, opacidad);
             const Material* m = n.geometry()->firstMaterial();
             const Color e = m ? m->emission() : Color{0, 0, 0, 1};
-            estado[(l->base + i) * 2] = colorEfectivo(m, opacidad, oculto);
+            const glm::vec4 color = colorEfectivo(m, opacidad, oculto);
+            if (color.a >= 0.999f) ++l->opacos;
+            else if (color.a > 0.0f) ++l->transparentes;
+            estado[(l->base + i) * 2] = color;
             estado[(l->base + i) * 2 + 1] =
                 glm::vec4(e.r, e.g, e.b, m ? static_cast<float>(codigoIluminacion(m->lightingModel())) : 0.0f);
         }
@@ -394,7 +419,17 @@ void RenderizadorEscena::dibujarSombras(Scene& escena, glm::mat4& luzVP) {
     // An orthographic box around the light's place, along its direction.
     const glm::mat4 mundo = luz->worldTransform();
     const glm::vec3 dir = glm::normalize(glm::vec3(mundo * glm::vec4(0, 0, -1, 0)));
-    const glm::vec3 centro(mundo[3]);
+    // The box follows what casts the shadows: centred on the elements, not
+    // on the light's place, as the light only gives the direction.
+    Box contenido;
+    for (const auto& l : lotes_) {
+        if (!l->vertices) continue;
+        const glm::mat4 t = l->raiz->worldTransform();
+        for (int i = 0; i < 8; ++i)
+            contenido.incluir(glm::vec3(t * glm::vec4((i & 1) ? l->max.x : l->min.x, (i & 2) ? l->max.y : l->min.y,
+                                                      (i & 4) ? l->max.z : l->min.z, 1.0f)));
+    }
+    const glm::vec3 centro = contenido.vacia ? glm::vec3(mundo[3]) : contenido.centro();
     const float s = std::max(luz->light()->orthographicScale, 1.0f);
     const float fondo = s * 4.0f + 100.0f;
     const glm::vec3 arriba = std::fabs(dir.z) > 0.99f ? glm::vec3(0, 1, 0) : glm::vec3(0, 0, 1);
@@ -410,6 +445,7 @@ void RenderizadorEscena::dibujarSombras(Scene& escena, glm::mat4& luzVP) {
     glPolygonOffset(2.0f, 4.0f);
     progSombra_->bind();
     progSombra_->setUniformValue("uEstado", 0);
+    progSombra_->setUniformValue("uBase", 0);
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_BUFFER, tboTextura_);
     glUniformMatrix4fv(progSombra_->uniformLocation("uLuzVP"), 1, GL_FALSE, glm::value_ptr(luzVP));
@@ -461,7 +497,7 @@ void RenderizadorEscena::prepararIluminacion(QOpenGLShaderProgram& p, const Cama
 void RenderizadorEscena::dibujarLotes(QOpenGLShaderProgram& p, int pase) {
     p.setUniformValue("uPase", pase);
     for (const auto& l : lotes_) {
-        if (!l->vertices) continue;
+        if (!l->vertices || (pase == 0 ? l->opacos : l->transparentes) == 0) continue;
         glUniformMatrix4fv(p.uniformLocation("uModelo"), 1, GL_FALSE, glm::value_ptr(l->raiz->worldTransform()));
         p.setUniformValue("uBase", static_cast<int>(l->base));
         glBindVertexArray(l->vao);

@@ -13,10 +13,22 @@ uniform mat4 uModelo;
 uniform mat4 uVista;
 uniform mat4 uProy;
 uniform mat4 uLuzVP;
+uniform samplerBuffer uEstado;
+uniform int uBase;
+uniform int uPase; // 0 opaque, 1 transparent
 out vec3 vPosVista;
 out vec4 vPosLuz;
 flat out uint vNodo;
 void main() {
+    // An element that has nothing to draw in this pass is clipped whole.
+    float alfa = texelFetch(uEstado, (uBase + int(aNodo)) * 2).a;
+    if (alfa <= 0.0 || (uPase == 0 && alfa < 0.999) || (uPase == 1 && alfa >= 0.999)) {
+        gl_Position = vec4(2.0, 2.0, 2.0, 1.0);
+        vPosVista = vec3(0.0);
+        vPosLuz = vec4(0.0);
+        vNodo = aNodo;
+        return;
+    }
     vec4 mundo = uModelo * vec4(aPosicion, 1.0);
     vec4 vista = uVista * mundo;
     vPosVista = vista.xyz;
@@ -74,7 +86,6 @@ in vec4 vPosLuz;
 flat in uint vNodo;
 uniform samplerBuffer uEstado;
 uniform int uBase;
-uniform int uPase; // 0 opaque, 1 transparent
 out vec4 fragColor;
 %ILUMINACION%
 void main() {
@@ -82,9 +93,6 @@ void main() {
     vec4 a = texelFetch(uEstado, i);
     vec4 b = texelFetch(uEstado, i + 1);
     float alfa = a.a;
-    if (alfa <= 0.0) discard;
-    if (uPase == 0 && alfa < 0.999) discard;
-    if (uPase == 1 && alfa >= 0.999) discard;
     fragColor = vec4(sombrear(a.rgb, b.rgb, int(b.a + 0.5), vPosVista, vPosLuz), alfa);
 }
 )";
@@ -134,25 +142,25 @@ void main() {
 )";
 
 // Depth only, from the light, for the shadow map.
+// Hidden elements are sent outside the clip volume from the vertex shader, so
+// the fragment shader stays empty and depth-only rendering stays fast.
 inline constexpr const char* sombraVertice = R"(#version 330 core
 layout(location = 0) in vec3 aPosicion;
 layout(location = 1) in uint aNodo;
 uniform mat4 uModelo;
 uniform mat4 uLuzVP;
-flat out uint vNodo;
+uniform samplerBuffer uEstado;
+uniform int uBase;
 void main() {
-    vNodo = aNodo;
-    gl_Position = uLuzVP * uModelo * vec4(aPosicion, 1.0);
+    if (texelFetch(uEstado, (uBase + int(aNodo)) * 2).a <= 0.0)
+        gl_Position = vec4(2.0, 2.0, 2.0, 1.0);
+    else
+        gl_Position = uLuzVP * uModelo * vec4(aPosicion, 1.0);
 }
 )";
 
 inline constexpr const char* sombraFragmento = R"(#version 330 core
-flat in uint vNodo;
-uniform samplerBuffer uEstado;
-uniform int uBase;
-void main() {
-    if (texelFetch(uEstado, (uBase + int(vNodo)) * 2).a <= 0.0) discard;
-}
+void main() {}
 )";
 
 // Identity pass for picking: each fragment writes its element's id + 1.
