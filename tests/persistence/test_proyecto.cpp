@@ -16,6 +16,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
+#include <filesystem>
 #include <gtest/gtest.h>
 
 using namespace teskal;
@@ -325,6 +326,33 @@ TEST(Paquete, exportarYAbrirConZipUnzipYConversor) {
         return tercero.especialidades.at("ARQ").modelos.size() == 1 && tercero.especialidades.at("EST").modelos.size() == 1;
     }));
     EXPECT_EQ(tercero.gestor.urlActual, std::optional<std::string>(proyecto.toStdString()));
+}
+
+TEST(Paquete, laRutaAbsolutaGanaALaRelativa) {
+    if (!QFileInfo::exists(muestras)) GTEST_SKIP() << "sin ../shared/samples";
+    QTemporaryDir dir;
+    const QString absoluta = dir.filePath(QStringLiteral("aqui/modelo.ifc"));
+    const QString relativa = dir.filePath(QStringLiteral("paquete/modelos/modelo.ifc"));
+    QDir().mkpath(QFileInfo(absoluta).absolutePath());
+    QDir().mkpath(QFileInfo(relativa).absolutePath());
+    QFile::copy(muestras + QStringLiteral("/example.ifc"), absoluta);
+    QFile::copy(muestras + QStringLiteral("/example.ifc"), relativa);
+    ProyectoTESKAL p;
+    p.ordenEspecialidades = {"ARQ"};
+    p.especialidades = {{"ARQ", "Arquitectura", "building.2", 1, 1, 1, true,
+                         {{"modelo.ifc", absoluta.toStdString(), "modelos/modelo.ifc", true, 0}}}};
+    ContentView cv(QFileInfo(QStringLiteral(TESKAL_IFCCONVERT)).absolutePath().toStdString());
+    cv.restaurarProyecto(p, dir.filePath(QStringLiteral("paquete")).toStdString());
+    ASSERT_TRUE(esperarHasta([&] { return cv.especialidades.at("ARQ").modelos.size() == 1; }));
+    EXPECT_EQ(cv.especialidades.at("ARQ").modelos[0].rutaOrigen, std::optional(absoluta.toStdString()));
+    // Without the file at the absolute path, the package's copy is used.
+    QFile::remove(absoluta);
+    ContentView otro(QFileInfo(QStringLiteral(TESKAL_IFCCONVERT)).absolutePath().toStdString());
+    otro.restaurarProyecto(p, dir.filePath(QStringLiteral("paquete")).toStdString());
+    ASSERT_TRUE(esperarHasta([&] { return otro.especialidades.at("ARQ").modelos.size() == 1; }));
+    EXPECT_EQ(otro.especialidades.at("ARQ").modelos[0].rutaOrigen,
+              std::optional((std::filesystem::path(dir.filePath(QStringLiteral("paquete")).toStdString()) /
+                             "modelos/modelo.ifc").string()));
 }
 
 // Builds a zip by hand with Python's zipfile: entries the zip tool won't make.
