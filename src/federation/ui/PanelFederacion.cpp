@@ -1,6 +1,7 @@
 #include "federation/ui/PanelFederacion.h"
 
 #include "app/ui/Iconos.h"
+#include "app/ui/ReconstruccionDiferida.h"
 #include "federation/ContentView.h"
 
 #include <QGraphicsOpacityEffect>
@@ -34,19 +35,8 @@ PanelFederacion::PanelFederacion(ContentView& cv, QWidget* parent) : QWidget(par
     auto* raiz = new QVBoxLayout(this);
     raiz->setContentsMargins(0, 0, 0, 0);
     lista_ = raiz;
-    connect(&cv_, &ContentView::changed, this, &PanelFederacion::programarReconstruccion);
+    reconstruirTrasCambios(cv_, this, [this] { reconstruir(); });
     reconstruir();
-}
-
-void PanelFederacion::programarReconstruccion() {
-    // A click inside a row may be what changed the workspace: the row must
-    // outlive its own signal, so the rebuild waits for the next turn.
-    if (pendiente_) return;
-    pendiente_ = true;
-    QTimer::singleShot(0, this, [this] {
-        pendiente_ = false;
-        reconstruir();
-    });
 }
 
 void PanelFederacion::reconstruir() {

@@ -18,7 +18,6 @@ public:
     explicit PanelFederacion(ContentView& cv, QWidget* parent = nullptr);
 
 private:
-    void programarReconstruccion();
     void reconstruir();
     QWidget* filaEspecialidad(const std::string& clave);
     QWidget* filaModelo(const std::string& clave, const std::string& id);
@@ -28,7 +27,6 @@ private:
     ContentView& cv_;
     QVBoxLayout* lista_ = nullptr;
     QWidget* contenido_ = nullptr;
-    bool pendiente_ = false;
 };
 
 } // namespace teskal

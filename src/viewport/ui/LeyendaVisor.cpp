@@ -1,6 +1,7 @@
 #include "viewport/ui/LeyendaVisor.h"
 
 #include "app/ui/Iconos.h"
+#include "app/ui/ReconstruccionDiferida.h"
 #include "federation/ContentView.h"
 #include "viewport/PanelDetalle.h"
 
@@ -37,14 +38,7 @@ LeyendaVisor::LeyendaVisor(ContentView& cv, QWidget* parent) : QFrame(parent), c
     setMaximumWidth(360);
     caja_ = new QVBoxLayout(this);
     caja_->setContentsMargins(10, 8, 10, 8);
-    connect(&cv_, &ContentView::changed, this, [this] {
-        if (pendiente_) return;
-        pendiente_ = true;
-        QTimer::singleShot(0, this, [this] {
-            pendiente_ = false;
-            reconstruir();
-        });
-    });
+    reconstruirTrasCambios(cv_, this, [this] { reconstruir(); });
     reconstruir();
 }
 

@@ -22,7 +22,6 @@ private:
     ContentView& cv_;
     QVBoxLayout* caja_ = nullptr;
     QWidget* contenido_ = nullptr;
-    bool pendiente_ = false;
 };
 
 } // namespace teskal

@@ -1,6 +1,7 @@
 #include "analyses/clash/ui/PanelInterferencias.h"
 
 #include "app/ui/Iconos.h"
+#include "app/ui/ReconstruccionDiferida.h"
 #include "federation/ContentView.h"
 #include "federation/Formato.h"
 
@@ -40,14 +41,7 @@ protected:
 PanelInterferencias::PanelInterferencias(ContentView& cv, QWidget* parent) : QWidget(parent), cv_(cv) {
     caja_ = new QVBoxLayout(this);
     caja_->setContentsMargins(0, 0, 0, 0);
-    connect(&cv_, &ContentView::changed, this, [this] {
-        if (pendiente_) return;
-        pendiente_ = true;
-        QTimer::singleShot(0, this, [this] {
-            pendiente_ = false;
-            reconstruir();
-        });
-    });
+    reconstruirTrasCambios(cv_, this, [this] { reconstruir(); });
     reconstruir();
 }
 
