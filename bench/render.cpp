@@ -56,6 +56,7 @@
 #include <QOpenGLShaderProgram>
 #include <QSurfaceFormat>
 #include <algorithm>
+#include <optional>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -499,7 +500,8 @@ private:
     }
 
     // The directional light's shadow map, one draw per node, with the same
-    // box around the light as the renderer.
+    // box as the renderer: centred on the elements.
+    std::optional<glm::vec3> centroContenido_;
     glm::mat4 dibujarSombras() {
         haySombra_ = false;
         const auto luz = escena_->rootNode()->childNodeWithName("_TESKAL_LuzDir", false);
@@ -507,7 +509,13 @@ private:
             return glm::mat4(1.0f);
         const glm::mat4 mundo = luz->worldTransform();
         const glm::vec3 dir = glm::normalize(glm::vec3(mundo * glm::vec4(0, 0, -1, 0)));
-        const glm::vec3 centro(mundo[3]);
+        if (!centroContenido_) {
+            Box contenido;
+            for (const auto& n : escena_->rootNode()->childNodes())
+                if (n->nombreEmpiezaCon("esp_")) contenido.incluir(n->boundingBox());
+            centroContenido_ = contenido.vacia ? glm::vec3(mundo[3]) : contenido.centro();
+        }
+        const glm::vec3 centro = *centroContenido_;
         const float s = std::max(luz->light()->orthographicScale, 1.0f);
         const float fondo = s * 4.0f + 100.0f;
         const glm::vec3 arriba = std::fabs(dir.z) > 0.99f ? glm::vec3(0, 1, 0) : glm::vec3(0, 0, 1);
