@@ -16,6 +16,13 @@ namespace teskal {
 std::shared_ptr<Node> cargarOBJ(const std::string& ruta);
 std::shared_ptr<Node> cargarOBJTexto(std::string_view texto);
 
+// cargarOBJTexto reads a large text as two pieces at once, cut at a line end
+// near its middle, and gives the same model as a reading in one piece. This
+// reads any text that way, the second piece beginning after the first line
+// end at or after `corte` (in one piece when there is no such line end), so
+// that both readings can be compared on small texts.
+std::shared_ptr<Node> cargarOBJTextoEnDosPartes(std::string_view texto, std::size_t corte);
+
 // The material a loaded element gets: diffuse white 0.75, Phong.
 std::shared_ptr<Material> materialPorDefectoOBJ(bool dobleCara);
 

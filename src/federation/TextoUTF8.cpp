@@ -93,15 +93,7 @@ std::size_t blancoAlFinal(std::string_view s) {
 
 } // namespace
 
-std::string_view recortar(std::string_view s) {
-    // Most texts begin and end with an ASCII byte that is not a blank: no
-    // blank can start at the first byte nor end at the last one.
-    if (s.empty()) return s;
-    const auto primero = static_cast<unsigned char>(s.front());
-    const auto ultimo = static_cast<unsigned char>(s.back());
-    if (primero < 0x80 && primero != ' ' && primero != '\t' && ultimo < 0x80 && ultimo != ' ' &&
-        ultimo != '\t')
-        return s;
+std::string_view recortarBlancos(std::string_view s) {
     while (std::size_t k = blancoAlInicio(s)) s.remove_prefix(k);
     while (std::size_t k = blancoAlFinal(s)) s.remove_suffix(k);
     return s;

@@ -17,7 +17,19 @@ bool esUTF8Valido(std::string_view texto);
 // Removes, at both ends, tabs and the Unicode space separators (U+0020,
 // U+00A0, U+1680, U+2000 to U+200A, U+202F, U+205F, U+3000). Line ends and
 // carriage returns stay.
-std::string_view recortar(std::string_view s);
+std::string_view recortarBlancos(std::string_view s);
+
+// The same, inline for the common case: a text that begins and ends with an
+// ASCII byte other than blank and tab has no blank to remove at either end.
+inline std::string_view recortar(std::string_view s) {
+    if (s.empty()) return s;
+    const auto primero = static_cast<unsigned char>(s.front());
+    const auto ultimo = static_cast<unsigned char>(s.back());
+    if (primero < 0x80 && primero != ' ' && primero != '\t' && ultimo < 0x80 && ultimo != ' ' &&
+        ultimo != '\t')
+        return s;
+    return recortarBlancos(s);
+}
 
 // A decimal integer with an optional sign and nothing else; none on overflow.
 std::optional<std::int64_t> leerEntero(std::string_view s);

@@ -2,6 +2,8 @@
 
 #include "federation/TextoUTF8.h"
 
+#include <cstring>
+
 namespace teskal {
 
 namespace {
@@ -15,7 +17,8 @@ constexpr std::size_t largoMinimo = 7;  // "IFCWALL"
 constexpr std::size_t largoMaximo = 25; // "IFCRELDEFINESBYPROPERTIES"
 
 constexpr std::string_view nombreDe(std::size_t i) {
-    return i < tiposProductoIFC.size() ? tiposProductoIFC[i] : otrosTipos[i - tiposProductoIFC.size()];
+    return i < tiposProductoIFC.size() ? tiposProductoIFC[i]
+                                       : otrosTipos[i - tiposProductoIFC.size()];
 }
 
 // The recognised names grouped by length, so that a type name is compared
@@ -34,12 +37,12 @@ constexpr TablaPorLargo tablaPorLargo = [] {
     return t;
 }();
 
-// The comparison below relies on every name being "IFC" and upper-case
-// letters within the lengths of the table.
+// The comparison in any case below relies on every name being upper-case
+// ASCII letters.
 constexpr bool nombresValidos = [] {
     for (std::size_t i = 0; i < numeroTipos; ++i) {
         const std::string_view n = nombreDe(i);
-        if (n.size() < largoMinimo || n.size() > largoMaximo || n.substr(0, 3) != "IFC") return false;
+        if (n.size() < largoMinimo || n.size() > largoMaximo) return false;
         for (char c : n)
             if (c < 'A' || c > 'Z') return false;
     }
@@ -47,22 +50,66 @@ constexpr bool nombresValidos = [] {
 }();
 static_assert(nombresValidos);
 
-// The type of an ASCII name written in any case. Clearing bit 5 of a byte
-// gives an upper-case letter only for that letter in either case, so the
-// comparison with the upper-case names needs no upper-casing of the text.
+std::uint64_t palabra(const char* p) {
+    std::uint64_t w;
+    std::memcpy(&w, p, 8);
+    return w;
+}
+
+std::uint32_t media(const char* p) {
+    std::uint32_t w;
+    std::memcpy(&w, p, 4);
+    return w;
+}
+
+// Clearing bit 5 of a byte gives an upper-case letter only from that letter
+// in either case, so a name written in any case is compared with the
+// upper-case names without upper-casing it first.
+constexpr std::uint64_t sinBit5 = 0xDFDFDFDFDFDFDFDFull;
+
+// True when t, of the length of the name, is the name in any case. Eight
+// bytes at a time, the last word overlapping the one before.
+bool igualSinMayusculas(const char* t, std::string_view nombre) {
+    const std::size_t largo = nombre.size();
+    const char* n = nombre.data();
+    if (largo < 8)
+        return ((media(t) & static_cast<std::uint32_t>(sinBit5)) == media(n)) &&
+               ((media(t + largo - 4) & static_cast<std::uint32_t>(sinBit5)) ==
+                media(n + largo - 4));
+    for (std::size_t i = 0; i + 8 < largo; i += 8)
+        if ((palabra(t + i) & sinBit5) != palabra(n + i)) return false;
+    return (palabra(t + largo - 8) & sinBit5) == palabra(n + largo - 8);
+}
+
+// The type of a name whose bytes may be in any case.
 TipoIFC buscarSinMayusculas(std::string_view t) {
-    if (t.size() < largoMinimo || t.size() > largoMaximo) return TipoIFC::Otro;
-    const auto* u = reinterpret_cast<const unsigned char*>(t.data());
-    if ((u[0] & 0xDF) != 'I' || (u[1] & 0xDF) != 'F' || (u[2] & 0xDF) != 'C') return TipoIFC::Otro;
     const std::size_t largo = t.size();
+    if (largo < largoMinimo || largo > largoMaximo) return TipoIFC::Otro;
     for (std::size_t k = 0; k < tablaPorLargo.cuantos[largo]; ++k) {
         const std::uint8_t codigo = tablaPorLargo.codigos[largo][k];
-        const std::string_view nombre = nombreDe(codigo);
-        std::size_t i = 3;
-        while (i < largo && (u[i] & 0xDF) == static_cast<unsigned char>(nombre[i])) ++i;
-        if (i == largo) return static_cast<TipoIFC>(codigo);
+        if (igualSinMayusculas(t.data(), nombreDe(codigo))) return static_cast<TipoIFC>(codigo);
     }
     return TipoIFC::Otro;
+}
+
+// The type of an upper-cased name, compared exactly.
+TipoIFC buscarExacto(std::string_view mayus) {
+    const std::size_t largo = mayus.size();
+    if (largo < largoMinimo || largo > largoMaximo) return TipoIFC::Otro;
+    for (std::size_t k = 0; k < tablaPorLargo.cuantos[largo]; ++k) {
+        const std::uint8_t codigo = tablaPorLargo.codigos[largo][k];
+        if (mayus == nombreDe(codigo)) return static_cast<TipoIFC>(codigo);
+    }
+    return TipoIFC::Otro;
+}
+
+bool tieneNoASCII(std::string_view t) {
+    std::size_t i = 0;
+    for (; i + 8 <= t.size(); i += 8)
+        if (palabra(t.data() + i) & 0x8080808080808080ull) return true;
+    for (; i < t.size(); ++i)
+        if (static_cast<unsigned char>(t[i]) >= 0x80) return true;
+    return false;
 }
 
 } // namespace
@@ -74,13 +121,14 @@ std::string_view nombreTipoIFC(TipoIFC t) {
 
 TipoIFC clasificarTipoIFC(std::string_view tipoEscrito) {
     const std::string_view t = recortar(tipoEscrito);
-    for (char c : t) {
-        // Unicode upper-casing can map other characters to ASCII letters
-        // (U+0131 to "I", U+017F to "S") and change the length: such names
-        // are upper-cased whole first.
-        if (static_cast<unsigned char>(c) >= 0x80) return buscarSinMayusculas(aMayusculas(t));
-    }
-    return buscarSinMayusculas(t);
+    // A match is all ASCII letters; only a name that matches nothing may
+    // hold other bytes.
+    const TipoIFC tipo = buscarSinMayusculas(t);
+    if (tipo != TipoIFC::Otro || !tieneNoASCII(t)) return tipo;
+    // Unicode upper-casing can map other characters to ASCII letters
+    // (U+0131 to "I", U+017F to "S") and change the length: such names are
+    // upper-cased whole first.
+    return buscarExacto(aMayusculas(t));
 }
 
 } // namespace teskal
