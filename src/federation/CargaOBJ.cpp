@@ -257,6 +257,21 @@ void leerCara(const char* p, const char* fin, const char* finTexto, LecturaOBJ& 
     }
 }
 
+// The part of a large text read before its lists are sized for the rest.
+constexpr std::size_t tamanoMuestra = 256u << 10;
+
+// Sizes the lists for `factor` times what they hold, plus an eighth.
+void reservar(LecturaOBJ& l, double factor) {
+    auto ajustar = [factor](auto& v) {
+        v.reserve(static_cast<std::size_t>(v.size() * factor * 1.125) + 16);
+    };
+    ajustar(l.vertices);
+    ajustar(l.normales);
+    ajustar(l.esquinaVertice);
+    if (l.hayNormales) ajustar(l.esquinaNormal);
+    ajustar(l.esquinasPorCara);
+}
+
 // Reads the text into l, leaving its last group open. A "g" or "o" line
 // closes the open group, which is kept if it has faces, and opens one with
 // the new name (a group without faces is thus renamed). With `continua`, the
@@ -267,7 +282,16 @@ void leer(std::string_view texto, LecturaOBJ& l, bool continua) {
 
     const char* p = texto.data();
     const char* const fin = p + texto.size();
+    // Once the first part of a large text is read, the lists are sized for
+    // the whole text at the same rate (and a margin), so that they need not
+    // grow step by step, each step a copy into fresh memory.
+    const char* const muestra = texto.size() >= 8 * tamanoMuestra ? p + tamanoMuestra : fin;
+    bool reservado = false;
     while (p < fin) {
+        if (!reservado && p >= muestra) {
+            reservar(l, static_cast<double>(texto.size()) / static_cast<double>(p - texto.data()));
+            reservado = true;
+        }
         const char* nl =
             static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(fin - p)));
         // A carriage return before the line end belongs to the line end (CRLF files).
