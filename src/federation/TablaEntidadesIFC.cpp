@@ -1,13 +1,18 @@
 #include "federation/TablaEntidadesIFC.h"
 #include <algorithm>
-#include <random>
+#include <chrono>
+#include <cstdint>
 
 namespace teskal {
 
 std::size_t HashNumeroIFC::operator()(std::int64_t id) const noexcept {
+    // A key drawn once per process from the clock and the process's own
+    // addresses, so that crafted instance numbers can't be aimed at one
+    // bucket; unlike a system random source, reading it can't fail.
     static const std::uint64_t clave = [] {
-        std::random_device azar;
-        return (static_cast<std::uint64_t>(azar()) << 32) ^ azar();
+        static const int ancla = 0;
+        return static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()) ^
+               (reinterpret_cast<std::uintptr_t>(&ancla) << 16);
     }();
     // The splitmix64 finaliser over the keyed number.
     std::uint64_t x = static_cast<std::uint64_t>(id) ^ clave;
