@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QTimer>
+#include <QVBoxLayout>
 #include <QWidget>
 #include <functional>
 
@@ -17,6 +18,21 @@ inline void reconstruirTrasCambios(ContentView& cv, QWidget* dueno, std::functio
     temporizador->setInterval(0);
     QObject::connect(&cv, &ContentView::changed, temporizador, qOverload<>(&QTimer::start));
     QObject::connect(temporizador, &QTimer::timeout, dueno, std::move(reconstruir));
+}
+
+// Puts a fresh, empty content widget in `caja` in place of `contenido` (the
+// old one is deleted once its signals are done) and gives its layout, with
+// no margins, for the rebuild to fill.
+inline QVBoxLayout* contenidoNuevo(QVBoxLayout* caja, QWidget*& contenido, QWidget* dueno) {
+    if (contenido) {
+        caja->removeWidget(contenido);
+        contenido->deleteLater();
+    }
+    contenido = new QWidget(dueno);
+    auto* filas = new QVBoxLayout(contenido);
+    filas->setContentsMargins(0, 0, 0, 0);
+    caja->addWidget(contenido);
+    return filas;
 }
 
 } // namespace teskal

@@ -40,13 +40,7 @@ PanelFederacion::PanelFederacion(ContentView& cv, QWidget* parent) : QWidget(par
 }
 
 void PanelFederacion::reconstruir() {
-    if (contenido_) {
-        lista_->removeWidget(contenido_);
-        contenido_->deleteLater();
-    }
-    contenido_ = new QWidget(this);
-    auto* filas = new QVBoxLayout(contenido_);
-    filas->setContentsMargins(0, 0, 0, 0);
+    auto* filas = contenidoNuevo(lista_, contenido_, this);
     filas->setSpacing(2);
     for (const std::string& clave : cv_.ordenEspecialidades) {
         const auto it = cv_.especialidades.find(clave);
@@ -59,7 +53,6 @@ void PanelFederacion::reconstruir() {
     nueva->setFlat(true);
     connect(nueva, &QPushButton::clicked, this, [this] { cv_.abrirNuevaEspecialidad(); });
     filas->addWidget(nueva, 0, Qt::AlignLeft);
-    lista_->addWidget(contenido_);
 }
 
 QWidget* PanelFederacion::filaEspecialidad(const std::string& clave) {

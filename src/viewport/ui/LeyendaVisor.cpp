@@ -43,13 +43,7 @@ LeyendaVisor::LeyendaVisor(ContentView& cv, QWidget* parent) : QFrame(parent), c
 }
 
 void LeyendaVisor::reconstruir() {
-    if (contenido_) {
-        caja_->removeWidget(contenido_);
-        contenido_->deleteLater();
-    }
-    contenido_ = new QWidget(this);
-    auto* v = new QVBoxLayout(contenido_);
-    v->setContentsMargins(0, 0, 0, 0);
+    auto* v = contenidoNuevo(caja_, contenido_, this);
     auto* titulo = new QLabel(QStringLiteral("Leyenda"), contenido_);
     titulo->setStyleSheet(QStringLiteral("font-weight: bold;"));
     v->addWidget(titulo);
@@ -131,7 +125,6 @@ void LeyendaVisor::reconstruir() {
         connect(deseleccionar, &QPushButton::clicked, this, [this] { cv_.seleccionarNodo(nullptr); });
         v->addWidget(deseleccionar);
     }
-    caja_->addWidget(contenido_);
     adjustSize();
 }
 

@@ -46,13 +46,7 @@ PanelInterferencias::PanelInterferencias(ContentView& cv, QWidget* parent) : QWi
 }
 
 void PanelInterferencias::reconstruir() {
-    if (contenido_) {
-        caja_->removeWidget(contenido_);
-        contenido_->deleteLater();
-    }
-    contenido_ = new QWidget(this);
-    auto* v = new QVBoxLayout(contenido_);
-    v->setContentsMargins(0, 0, 0, 0);
+    auto* v = contenidoNuevo(caja_, contenido_, this);
     v->setSpacing(2);
     if (cv_.detectando) {
         auto* fila = new QHBoxLayout;
@@ -77,7 +71,6 @@ void PanelInterferencias::reconstruir() {
         for (std::size_t i = 0; i < cv_.historialAnalisis[a].interferencias.size(); ++i)
             v->addWidget(filaInterferencia(a, i, contenido_));
     }
-    caja_->addWidget(contenido_);
 }
 
 QWidget* PanelInterferencias::filaAnalisis(std::size_t indice, QWidget* padre) {
