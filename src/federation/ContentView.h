@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analyses/clash/Interferencias.h"
+#include "analyses/xor/ComparacionXOR.h"
 #include "federation/Especialidades.h"
 #include "federation/GlobalIdsIFC.h"
 #include "federation/GrillasIFC.h"
@@ -82,6 +83,17 @@ public:
     bool modoCorteCamara = false;
     double distanciaCorte = 0.5;
     bool mostrarPopoverCorte = false;
+
+    // Version comparison: two slots beside the disciplines.
+    std::shared_ptr<Node> modeloBase, modeloNuevo;
+    std::string fileNameBase = "Sin versión base";
+    std::string fileNameNuevo = "Sin versión nueva";
+    std::optional<std::string> seleccionandoXOR;       // the slot the open picker fills
+    std::optional<std::string> xorSlotPendienteCargar; // the slot waiting for "Continuar"
+    bool confirmarLimpiarXOR = false;
+    bool xorActivo = false;
+    EstadisticasXOR xorStats;
+    std::optional<ResultadoXOR> resultadoXOR;
 
     // Clash analysis.
     bool mostrarConfigAnalisis = false;
@@ -174,6 +186,21 @@ public:
     // True while the node is one of the two elements of a listed clash.
     bool enInterferencia(const Node& nodo) const;
 
+    // Version comparison.
+    // "Cargar" on a slot: the picker, or first the alert while a comparison stands.
+    void pedirCargarSlotXOR(const std::string& slot);
+    void continuarCargaXOR();
+    void cancelarCargaXOR();
+    // Converts the file on the pool and installs it in the slot, hidden.
+    void cargarSlotXOR(const std::string& slot, const std::string& ruta);
+    void limpiarSlotXOR(const std::string& slot);
+    void compararXOR();
+    void pedirLimpiarXOR();
+    void cancelarLimpiarXOR();
+    void limpiarXOR();
+    // The sidebar label of a slot: "Base" or "Nueva".
+    static std::string etiquetaSlotXOR(std::string_view slot);
+
     // Clash detection and review.
     // True when at least two disciplines have models ("Nueva detección").
     bool puedeDetectar() const;
@@ -229,6 +256,10 @@ private:
     ModeloVinculado* buscarModeloMutable(const std::string& clave, const std::string& id);
     void pintarModelo(const ModeloVinculado& m, const Color& color, bool conOpacidad);
     void limpiarInterferencias();
+    void instalarSlotXOR(const std::string& slot, std::shared_ptr<Node> modelo, const std::string& nombre,
+                         GlobalIdsPorNombre globalIds);
+    // Repaints the two versions from a fresh matching (after a recolour).
+    void repintarXOR();
     void limpiarResaltado();
 
     std::string carpetaPrograma_;

@@ -68,11 +68,13 @@ ResultadoConversion convertirIFC(const TrabajoConversion& t) {
     // A file too large for memory yields less, as any unreadable file does.
     ModeloConvertido convertido;
     try {
-        convertido.propiedades = leerPropiedadesIFC(copia);
+        if (t.leerPropiedades) convertido.propiedades = leerPropiedadesIFC(copia);
         if (t.leerGrillas) convertido.grillas = leerGrillasIFC(copia);
+        if (t.leerGlobalIds) convertido.globalIds = leerGlobalIds(copia);
     } catch (const std::bad_alloc&) {
         convertido.propiedades.clear();
         convertido.grillas.clear();
+        convertido.globalIds.clear();
     }
     fs::remove(copia, ec);
 

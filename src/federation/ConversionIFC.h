@@ -1,5 +1,6 @@
 #pragma once
 
+#include "federation/GlobalIdsIFC.h"
 #include "federation/GrillasIFC.h"
 #include "federation/PropiedadesIFC.h"
 #include "scene/Node.h"
@@ -17,6 +18,8 @@ struct TrabajoConversion {
     std::string rutaConversor; // IfcConvert, already resolved
     std::string rutaSalida;   // the temporary OBJ, a new UUID name
     bool leerGrillas = true;  // a link reads grid axes; a restore does not
+    bool leerPropiedades = true; // links and restores read properties
+    bool leerGlobalIds = false;  // a version of the comparison reads GlobalIds only
 };
 
 // A model that came through: geometry, properties and grid axes.
@@ -24,6 +27,7 @@ struct ModeloConvertido {
     std::shared_ptr<Node> modelo;
     PropiedadesModelo propiedades;
     std::vector<EjeGrilla> grillas;
+    GlobalIdsPorNombre globalIds;
 };
 
 // Why a conversion stopped; the caller composes the sentence for its path.

@@ -125,6 +125,7 @@ void ContentView::recolorearModelos() {
             });
         }
     }
+    repintarXOR(); // a standing comparison keeps its colours over the disciplines'
     emit changed();
 }
 

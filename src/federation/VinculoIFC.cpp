@@ -11,8 +11,22 @@
 
 namespace teskal {
 
+namespace {
+
+// A file that is there but can't be read is refused before anything starts;
+// a file that has vanished meets its failure at the copy.
+bool accesoDenegado(const std::string& ruta) {
+    const QFileInfo info(QString::fromStdString(ruta));
+    return info.exists() && !info.isReadable();
+}
+
+constexpr const char* textoAccesoDenegado = "No se pudo acceder al archivo. Verifica los permisos en Sandbox.";
+
+} // namespace
+
 void ContentView::vincularIFC(const std::string& clave) {
     seleccionActual = clave;
+    seleccionandoXOR.reset(); // this picker links to a discipline
     showFilePicker = true;
     emit changed();
 }
@@ -27,17 +41,26 @@ void ContentView::archivosElegidos(const std::vector<std::string>& rutas, const 
         emit changed();
         return;
     }
-    convertirYVincular(rutas.front()); // a single selection: only the first counts
+    // A single selection: only the first counts.
+    if (seleccionandoXOR) {
+        const std::string slot = *seleccionandoXOR;
+        seleccionandoXOR.reset();
+        if (accesoDenegado(rutas.front())) {
+            mostrarError(textoAccesoDenegado);
+            return;
+        }
+        cargarSlotXOR(slot, rutas.front());
+        return;
+    }
+    convertirYVincular(rutas.front());
 }
 
 void ContentView::convertirYVincular(const std::string& ruta) {
-    // A file that is there but can't be read is refused before anything starts;
-    // a file that has vanished meets its failure at the copy.
-    const QFileInfo info(QString::fromStdString(ruta));
-    if (info.exists() && !info.isReadable()) {
-        mostrarError("No se pudo acceder al archivo. Verifica los permisos en Sandbox.");
+    if (accesoDenegado(ruta)) {
+        mostrarError(textoAccesoDenegado);
         return;
     }
+    const QFileInfo info(QString::fromStdString(ruta));
     fileName = info.fileName().toStdString();
     isProcessing = true;
     emit changed();

@@ -106,6 +106,16 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
     limpiarInterferencias();
     restaurarDestacados();
     seleccionarNodo(nullptr);
+    if (xorActivo) limpiarXOR();
+    // The slots of the comparison empty: a project keeps no versions.
+    for (auto* modelo : {&modeloBase, &modeloNuevo}) {
+        if (*modelo) (*modelo)->removeFromParentNode();
+        modelo->reset();
+    }
+    fileNameBase = "Sin versión base";
+    fileNameNuevo = "Sin versión nueva";
+    globalIdXorBase.clear();
+    globalIdXorNuevo.clear();
     modeloResaltadoId.reset();
     nodosResaltados.clear();
     historialAnalisis.clear();

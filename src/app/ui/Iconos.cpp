@@ -35,6 +35,12 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"checkmark.circle.fill", "emblem-default-symbolic"},
         {"doc.text.magnifyingglass", "edit-find-symbolic"},
         {"scissors.fill", "edit-cut-symbolic"},
+        {"minus.circle", "list-remove"},
+        {"arrow.triangle.2.circlepath", "view-refresh"},
+        {"plus.circle.fill", "list-add-symbolic"},
+        {"minus.circle.fill", "list-remove-symbolic"},
+        {"arrow.triangle.2.circlepath.circle.fill", "emblem-synchronizing-symbolic"},
+        {"equal.circle.fill", "format-justify-fill-symbolic"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

@@ -2,6 +2,7 @@
 
 #include "analyses/clash/ui/DialogoConfigAnalisis.h"
 #include "analyses/clash/ui/PanelInterferencias.h"
+#include "analyses/xor/ui/PanelComparacionXOR.h"
 #include "app/ui/VentanaAcercaDe.h"
 #include "app/ui/VistaBienvenida.h"
 #include "federation/CentroNotificaciones.h"
@@ -140,6 +141,8 @@ QWidget* VentanaPrincipal::crearBarraLateral() {
     auto* v = new QVBoxLayout(lateral);
     v->addWidget(tituloSeccion(QStringLiteral("Federación de Modelos"), lateral));
     v->addWidget(new PanelFederacion(cv_, lateral));
+    v->addWidget(tituloSeccion(QStringLiteral("Comparación XOR"), lateral));
+    v->addWidget(new PanelComparacionXOR(cv_, lateral));
     v->addWidget(tituloSeccion(QStringLiteral("Interferencias"), lateral));
     v->addWidget(new PanelInterferencias(cv_, lateral));
     v->addStretch(1);
@@ -148,7 +151,10 @@ QWidget* VentanaPrincipal::crearBarraLateral() {
 }
 
 void VentanaPrincipal::sincronizar() {
-    detalle_->setCurrentWidget(cv_.hayModelos() ? visor_ : bienvenida_);
+    // The versions of a comparison show in the 3D view too, with or without
+    // disciplines beside them.
+    const bool hayEscena = cv_.hayModelos() || cv_.modeloBase || cv_.modeloNuevo;
+    detalle_->setCurrentWidget(hayEscena ? visor_ : bienvenida_);
 
     if (cv_.isProcessing) {
         const auto it = cv_.especialidades.find(cv_.seleccionActual);
@@ -184,6 +190,21 @@ void VentanaPrincipal::sincronizar() {
         dialogoAnalisis_->open();
     }
     if (cv_.analisisPendienteEliminar && !alertaEliminarAnalisis_) abrirEliminarAnalisis();
+    if (cv_.confirmarLimpiarXOR && !alertaLimpiarXOR_)
+        alertaLimpiarXOR_ = abrirConfirmacion(
+            QStringLiteral("Limpiar comparación XOR"),
+            QStringLiteral("Se eliminará el resultado de la comparación XOR activa. Los modelos base y nuevo "
+                           "permanecerán vinculados."),
+            QStringLiteral("Limpiar"), true, QStringLiteral("alertaLimpiarXOR"), [this] { cv_.limpiarXOR(); },
+            [this] { cv_.cancelarLimpiarXOR(); });
+    if (cv_.xorSlotPendienteCargar && !alertaCargarXOR_)
+        alertaCargarXOR_ = abrirConfirmacion(
+            QStringLiteral("Cargar nuevo archivo"),
+            QStringLiteral("Cargar un nuevo archivo en el slot \"%1\" borrará el resultado de comparación XOR "
+                           "actual. ¿Deseas continuar?")
+                .arg(QString::fromStdString(ContentView::etiquetaSlotXOR(*cv_.xorSlotPendienteCargar))),
+            QStringLiteral("Continuar"), false, QStringLiteral("alertaCargarXOR"),
+            [this] { cv_.continuarCargaXOR(); }, [this] { cv_.cancelarCargaXOR(); });
     abrirPanelesProyecto();
     if (cv_.paqueteExportado && !avisoPaquete_) {
         avisoPaquete_ = new QMessageBox(QMessageBox::Information, QStringLiteral("Paquete exportado"),
@@ -299,6 +320,24 @@ void VentanaPrincipal::abrirEliminarAnalisis() {
             cv_.cancelarEliminarAnalisis();
     });
     alertaEliminarAnalisis_->open();
+}
+
+QMessageBox* VentanaPrincipal::abrirConfirmacion(const QString& titulo, const QString& mensaje, const QString& boton,
+                                                 bool destructivo, const QString& nombreObjeto,
+                                                 std::function<void()> confirmar, std::function<void()> cancelar) {
+    auto* alerta = new QMessageBox(QMessageBox::Warning, titulo, mensaje, QMessageBox::NoButton, this);
+    alerta->setObjectName(nombreObjeto);
+    alerta->setAttribute(Qt::WA_DeleteOnClose);
+    QPushButton* si = alerta->addButton(boton, destructivo ? QMessageBox::DestructiveRole : QMessageBox::AcceptRole);
+    alerta->addButton(QStringLiteral("Cancelar"), QMessageBox::RejectRole);
+    connect(alerta, &QMessageBox::finished, this, [alerta, si, confirmar, cancelar] {
+        if (alerta->clickedButton() == si)
+            confirmar();
+        else
+            cancelar();
+    });
+    alerta->open();
+    return alerta;
 }
 
 void VentanaPrincipal::abrirEliminarModelo() {

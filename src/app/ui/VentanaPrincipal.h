@@ -41,6 +41,11 @@ private:
     void abrirError();
     void abrirEliminarModelo();
     void abrirEliminarAnalisis();
+    // A warning alert with a confirming button and "Cancelar"; `confirmar`
+    // runs for the first button, `cancelar` for the other and for closing.
+    QMessageBox* abrirConfirmacion(const QString& titulo, const QString& mensaje, const QString& boton,
+                                   bool destructivo, const QString& nombreObjeto, std::function<void()> confirmar,
+                                   std::function<void()> cancelar);
 
     ContentView& cv_;
     CentroNotificaciones& centro_;
@@ -56,6 +61,8 @@ private:
     QPointer<QMessageBox> alertaError_;
     QPointer<QMessageBox> alertaEliminar_;
     QPointer<QMessageBox> alertaEliminarAnalisis_;
+    QPointer<QMessageBox> alertaLimpiarXOR_;
+    QPointer<QMessageBox> alertaCargarXOR_;
     QPointer<DialogoConfigAnalisis> dialogoAnalisis_;
     QPointer<DialogoNuevaEspecialidad> dialogoNueva_;
     QPointer<DialogoColorEspecialidad> dialogoColor_;

@@ -47,7 +47,26 @@ void LeyendaVisor::reconstruir() {
     auto* titulo = new QLabel(QStringLiteral("Leyenda"), contenido_);
     titulo->setStyleSheet(QStringLiteral("font-weight: bold;"));
     v->addWidget(titulo);
+    if (cv_.xorActivo) {
+        // The two versions stand in place of the disciplines.
+        const std::pair<const char*, Color> entradas[] = {
+            {"Agregado", coloresXOR::agregado},
+            {"Eliminado", coloresXOR::eliminado},
+            {"Modificado — posición anterior", coloresXOR::modificadoAnterior},
+            {"Modificado — nueva posición/tamaño", coloresXOR::modificadoNuevo},
+            {"Sin cambios", coloresXOR::sinCambios},
+        };
+        for (const auto& [texto, color] : entradas) {
+            auto* fila = new QHBoxLayout;
+            fila->addWidget(muestraColor(color, 12, contenido_));
+            auto* etiqueta = new QLabel(QString::fromUtf8(texto), contenido_);
+            etiqueta->setObjectName(QStringLiteral("leyendaXOR"));
+            fila->addWidget(etiqueta, 1);
+            v->addLayout(fila);
+        }
+    }
     for (const std::string& clave : cv_.ordenEspecialidades) {
+        if (cv_.xorActivo) break;
         const auto it = cv_.especialidades.find(clave);
         if (it == cv_.especialidades.end() || it->second.modelos.empty()) continue;
         auto* fila = new QHBoxLayout;
