@@ -164,8 +164,8 @@ TEST(ClasificarXOR, NombresRepetidosCuentanComoUnaClaveYQuedaElUltimo) {
     const auto c = clasificarXOR(*base, *nuevo, {}, {});
     // The last node of each model stands for the key: the boxes differ by 10 m.
     EXPECT_EQ(c.estadisticas(), (EstadisticasXOR{0, 0, 1, 0}));
-    EXPECT_EQ(c.base.nodos.at("Muro"), base->childNodes()[1].get());
-    EXPECT_EQ(c.nuevo.nodos.at("Muro"), nuevo->childNodes()[1].get());
+    EXPECT_EQ(c.base.buscar("Muro"), base->childNodes()[1].get());
+    EXPECT_EQ(c.nuevo.buscar("Muro"), nuevo->childNodes()[1].get());
 
     // Only the kept nodes are painted; the first of each model keeps its grey.
     pintarXOR(c);

@@ -43,8 +43,45 @@ std::string nuevoUUID() {
 
 } // namespace
 
+MapaXOR::MapaXOR(std::size_t capacidad) {
+    entradas_.reserve(capacidad);
+    std::size_t n = 16;
+    while (n < capacidad * 2) n *= 2;
+    tabla_.assign(n, 0);
+}
+
+std::size_t MapaXOR::hueco(std::string_view clave) const {
+    const std::size_t mascara = tabla_.size() - 1;
+    std::size_t i = std::hash<std::string_view>{}(clave)&mascara;
+    while (tabla_[i] != 0 && entradas_[tabla_[i] - 1].clave != clave) i = (i + 1) & mascara;
+    return i;
+}
+
+void MapaXOR::crecer() {
+    std::vector<std::uint32_t> vieja(tabla_.size() * 2, 0);
+    tabla_.swap(vieja);
+    for (std::uint32_t e = 0; e < entradas_.size(); ++e) tabla_[hueco(entradas_[e].clave)] = e + 1;
+}
+
+void MapaXOR::poner(std::string_view clave, Node* nodo) {
+    std::size_t i = hueco(clave);
+    if (tabla_[i] != 0) {
+        entradas_[tabla_[i] - 1].nodo = nodo; // the last node of a repeated key stays
+        return;
+    }
+    entradas_.push_back({clave, nodo});
+    tabla_[i] = static_cast<std::uint32_t>(entradas_.size());
+    if (entradas_.size() * 2 > tabla_.size()) crecer();
+}
+
+Node* MapaXOR::buscar(std::string_view clave) const {
+    const std::uint32_t e = tabla_[hueco(clave)];
+    return e ? entradas_[e - 1].nodo : nullptr;
+}
+
 MapaXOR mapaXOR(Node& modelo, const GlobalIdsPorNombre* globalIds) {
-    MapaXOR mapa;
+    // The elements are mostly the root's children: a good first size.
+    MapaXOR mapa(modelo.childNodes().size());
     std::string sonda; // the id map is keyed by std::string: one probe reused
     modelo.enumerateChildNodes([&](Node& n, bool&) {
         if (!n.geometry()) return;
@@ -53,11 +90,7 @@ MapaXOR mapaXOR(Node& modelo, const GlobalIdsPorNombre* globalIds) {
             sonda.assign(clave);
             if (const auto it = globalIds->find(sonda); it != globalIds->end()) clave = it->second;
         }
-        const auto [it, nueva] = mapa.nodos.try_emplace(clave, &n);
-        if (nueva)
-            mapa.orden.push_back(clave);
-        else
-            it->second = &n; // the last node of a repeated key stays
+        mapa.poner(clave, &n);
     });
     return mapa;
 }
@@ -74,21 +107,20 @@ ClasificacionXOR clasificarXOR(Node& base, Node& nuevo, const GlobalIdsPorNombre
     c.base = mapaXOR(base, usarIds ? &idsBase : nullptr);
     c.nuevo = mapaXOR(nuevo, usarIds ? &idsNuevo : nullptr);
 
-    for (const std::string_view clave : c.nuevo.orden) {
-        const auto enBase = c.base.nodos.find(clave);
-        if (enBase == c.base.nodos.end()) {
+    for (const auto& [clave, nodoNuevo] : c.nuevo.entradas()) {
+        Node* nodoBase = c.base.buscar(clave);
+        if (!nodoBase) {
             c.agregados.push_back(clave);
             continue;
         }
         ++c.comunes;
         // Each common element's two boxes are read here once; the rows of the
         // result reuse these deltas.
-        const DeltasXOR d =
-            deltasXOR(enBase->second->boundingBox(), c.nuevo.nodos.at(clave)->boundingBox());
+        const DeltasXOR d = deltasXOR(nodoBase->boundingBox(), nodoNuevo->boundingBox());
         if (d.modificado()) c.modificados.push_back({clave, d});
     }
-    for (const std::string_view clave : c.base.orden)
-        if (!c.nuevo.nodos.contains(clave)) c.eliminados.push_back(clave);
+    for (const auto& [clave, nodo] : c.base.entradas())
+        if (!c.nuevo.contiene(clave)) c.eliminados.push_back(clave);
     return c;
 }
 
@@ -107,15 +139,15 @@ void pintar(Node& n, const Color& color, float opacidad) {
 
 void pintarXOR(const ClasificacionXOR& c) {
     // Unchanged first, then the changed keys over them: each key is in one set.
-    for (const auto& [clave, n] : c.base.nodos) pintar(*n, coloresXOR::sinCambios, 0.75f);
-    for (const auto& [clave, n] : c.nuevo.nodos) pintar(*n, coloresXOR::sinCambios, 0.0f);
+    for (const auto& [clave, n] : c.base.entradas()) pintar(*n, coloresXOR::sinCambios, 0.75f);
+    for (const auto& [clave, n] : c.nuevo.entradas()) pintar(*n, coloresXOR::sinCambios, 0.0f);
     for (const std::string_view clave : c.eliminados)
-        pintar(*c.base.nodos.at(clave), coloresXOR::eliminado, 1.0f);
+        pintar(*c.base.buscar(clave), coloresXOR::eliminado, 1.0f);
     for (const std::string_view clave : c.agregados)
-        pintar(*c.nuevo.nodos.at(clave), coloresXOR::agregado, 1.0f);
+        pintar(*c.nuevo.buscar(clave), coloresXOR::agregado, 1.0f);
     for (const auto& m : c.modificados) {
-        pintar(*c.base.nodos.at(m.clave), coloresXOR::modificadoAnterior, 1.0f);
-        pintar(*c.nuevo.nodos.at(m.clave), coloresXOR::modificadoNuevo, 1.0f);
+        pintar(*c.base.buscar(m.clave), coloresXOR::modificadoAnterior, 1.0f);
+        pintar(*c.nuevo.buscar(m.clave), coloresXOR::modificadoNuevo, 1.0f);
     }
 }
 
@@ -128,11 +160,11 @@ std::vector<ElementoCambioXOR> elementosCambioXOR(const ClasificacionXOR& c) {
                          static_cast<float>(d.posicion), static_cast<float>(d.tamano)});
     };
     for (const std::string_view clave : c.agregados)
-        fila(*c.nuevo.nodos.at(clave), TipoCambioXOR::agregado, {});
+        fila(*c.nuevo.buscar(clave), TipoCambioXOR::agregado, {});
     for (const std::string_view clave : c.eliminados)
-        fila(*c.base.nodos.at(clave), TipoCambioXOR::eliminado, {});
+        fila(*c.base.buscar(clave), TipoCambioXOR::eliminado, {});
     for (const auto& m : c.modificados)
-        fila(*c.nuevo.nodos.at(m.clave), TipoCambioXOR::modificado, m.deltas);
+        fila(*c.nuevo.buscar(m.clave), TipoCambioXOR::modificado, m.deltas);
     std::stable_sort(
         filas.begin(), filas.end(),
         [](const ElementoCambioXOR& a, const ElementoCambioXOR& b) { return a.nombre < b.nombre; });

@@ -5,10 +5,10 @@
 #include "scene/Node.h"
 
 #include <QDateTime>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace teskal {
@@ -74,11 +74,29 @@ DeltasXOR deltasXOR(const Box& base, const Box& nuevo);
 // Key of an element to its node, the last node enumerated winning a repeated
 // key. The key is the name part, or its GlobalId when ids are in use and the
 // slot's map knows the name part. Keys view the node names and the id maps:
-// they stay valid while those stand unchanged. `orden` holds each key once,
-// in the order of its first node.
-struct MapaXOR {
-    std::unordered_map<std::string_view, Node*> nodos;
-    std::vector<std::string_view> orden;
+// they stay valid while those stand unchanged. Entries keep the order of
+// each key's first node; lookups go through one open-addressed table, with
+// no allocation per element.
+class MapaXOR {
+public:
+    struct Entrada {
+        std::string_view clave;
+        Node* nodo;
+    };
+    explicit MapaXOR(std::size_t capacidad = 0);
+    // Adds the key or, when it is there, gives it this node.
+    void poner(std::string_view clave, Node* nodo);
+    Node* buscar(std::string_view clave) const;
+    bool contiene(std::string_view clave) const { return buscar(clave) != nullptr; }
+    const std::vector<Entrada>& entradas() const { return entradas_; }
+    std::size_t size() const { return entradas_.size(); }
+
+private:
+    std::size_t hueco(std::string_view clave) const;
+    void crecer();
+
+    std::vector<Entrada> entradas_;
+    std::vector<std::uint32_t> tabla_; // entry index + 1; 0 marks a free slot
 };
 MapaXOR mapaXOR(Node& modelo, const GlobalIdsPorNombre* globalIds);
 
