@@ -35,6 +35,11 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"checkmark.circle.fill", "emblem-default-symbolic"},
         {"doc.text.magnifyingglass", "edit-find-symbolic"},
         {"scissors.fill", "edit-cut-symbolic"},
+        {"ruler", "zoom-original-symbolic"},
+        {"exclamationmark.triangle.fill", "dialog-warning-symbolic"},
+        {"xmark.circle.fill", "process-stop-symbolic"},
+        {"square.and.arrow.up.on.square", "document-send-symbolic"},
+        {"printer.fill", "document-print-symbolic"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));
