@@ -88,6 +88,10 @@ QWidget* PanelInterferencias::filaAnalisis(std::size_t indice, QWidget* padre) {
     h->addWidget(plegar);
     auto* nombre = new QLabel(q(a.nombre), fila);
     nombre->setStyleSheet(QStringLiteral("font-weight: bold;"));
+    // A long name gives way to the buttons at the end of the row.
+    nombre->setMinimumWidth(1);
+    nombre->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    nombre->setToolTip(q(a.nombre));
     h->addWidget(nombre, 1);
     auto cuenta = [&](EstadoClash e) {
         const int n = a.cuenta(e);

@@ -81,6 +81,7 @@ ReporteAnalisisView::ReporteAnalisisView(AnalisisInterferencias analisis, Scene*
     auto* desplazable = new QScrollArea(this);
     desplazable->setWidgetResizable(true);
     desplazable->setFrameShape(QFrame::NoFrame);
+    desplazable->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     pagina_ = new ReporteContenidoView(analisis_, desplazable);
     desplazable->setWidget(pagina_);
     v->addWidget(desplazable, 1);

@@ -223,9 +223,14 @@ QWidget* ReporteContenidoView::tabla() {
         celda->setObjectName(q("vista_" + i.id));
         celdas_.push_back(celda);
         g->addWidget(celda, fila, 1);
-        g->addWidget(etiqueta(q(i.nombreA), QStringLiteral("font-weight: bold;"), marco), fila, 2);
+        // Long element names wrap, so the page keeps to the window's width.
+        auto* nombreA = etiqueta(q(i.nombreA), QStringLiteral("font-weight: bold;"), marco);
+        nombreA->setWordWrap(true);
+        g->addWidget(nombreA, fila, 2);
         g->addWidget(etiqueta(q(i.especialidadA), QStringLiteral("color: #666;"), marco), fila, 3);
-        g->addWidget(etiqueta(q(i.nombreB), QStringLiteral("font-weight: bold;"), marco), fila, 4);
+        auto* nombreB = etiqueta(q(i.nombreB), QStringLiteral("font-weight: bold;"), marco);
+        nombreB->setWordWrap(true);
+        g->addWidget(nombreB, fila, 4);
         g->addWidget(etiqueta(q(i.especialidadB), QStringLiteral("color: #666;"), marco), fila, 5);
         // The state's own colour on a light wash of it.
         const Color c = colorEstado(i.estado);
