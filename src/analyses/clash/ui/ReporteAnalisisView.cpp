@@ -119,13 +119,19 @@ void ReporteAnalisisView::sincronizar() {
 void ReporteAnalisisView::generarThumbnails() {
     RenderizadorImagenes renderizador;
     thumbnails_ = renderThumbnails(analisis_, scene_, renderizador);
+    png_.reset();
     sincronizar();
     emit thumbnailsListos();
 }
 
+const std::map<std::string, QByteArray>& ReporteAnalisisView::thumbnailsPNG() {
+    if (!png_) png_ = teskal::thumbnailsPNG(thumbnails_);
+    return *png_;
+}
+
 void ReporteAnalisisView::generarHTML() {
-    const std::string documento = documentoReporteHTML(analisis_, thumbnailsPNG(thumbnails_),
-                                                       textoFechaReporte(analisis_.fecha));
+    const std::string documento =
+        documentoReporteHTML(analisis_, thumbnailsPNG(), textoFechaReporte(analisis_.fecha));
     const QString ruta =
         QDir(QDir::tempPath())
             .filePath(QString::fromStdString(nombreArchivoReporte(analisis_.nombre)));

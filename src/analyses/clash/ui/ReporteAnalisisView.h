@@ -2,6 +2,7 @@
 
 #include "analyses/clash/Interferencias.h"
 
+#include <QByteArray>
 #include <QImage>
 #include <QWidget>
 #include <map>
@@ -49,10 +50,13 @@ protected:
 
 private:
     void sincronizar();
+    // The thumbnails as PNG bytes, encoded once for the HTML file and BCF.
+    const std::map<std::string, QByteArray>& thumbnailsPNG();
 
     AnalisisInterferencias analisis_;
     Scene* scene_ = nullptr;
     std::map<std::string, QImage> thumbnails_;
+    std::optional<std::map<std::string, QByteArray>> png_;
     bool exportandoBCF_ = false;
     std::optional<bool> bcfExito_;
     bool thumbnailsProgramados_ = false;
