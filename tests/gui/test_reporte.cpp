@@ -15,8 +15,11 @@
 #include <QDesktopServices>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QToolButton>
@@ -99,6 +102,14 @@ AnalisisInterferencias analisis(const std::string& nombre, std::vector<Interfere
     a.fecha = QDateTime(QDate(2026, 3, 1), QTime(14, 5));
     a.interferencias = std::move(lista);
     return a;
+}
+
+QFileDialog* panelBCF() {
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* d = qobject_cast<QFileDialog*>(w);
+            d && d->objectName() == QStringLiteral("panelBCF") && d->isVisible())
+            return d;
+    return nullptr;
 }
 
 // Receives the files the report hands to the desktop's browser.
@@ -282,6 +293,69 @@ private slots:
         QCOMPARE(navegador.abiertas.size(), 1);
         alerta->close();
         QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+    }
+
+    void exportarBCFConLasVistasYSuResultado() {
+        const std::string idA = "5A1C0D2E-0000-4000-8000-0000000000A1",
+                          idB = "5A1C0D2E-0000-4000-8000-0000000000B2";
+        ReporteAnalisisView v(analisis("Fase 2/3: ok?", {clashVivo(idA, "Muro", "Tubo"),
+                                                         clashVivo(idB, "Losa", "Ducto")}),
+                              nullptr);
+        v.show();
+        QTRY_COMPARE(v.thumbnails().size(), std::size_t(2));
+        auto* boton = v.findChild<QPushButton*>(QStringLiteral("exportarBCF"));
+        auto* resultado = v.findChild<QWidget*>(QStringLiteral("resultadoBCF"));
+        std::optional<bool> terminado;
+        connect(&v, &ReporteAnalisisView::bcfTerminado, this, [&](bool ok) { terminado = ok; });
+
+        // Cancelling the save panel shows the failure.
+        boton->click();
+        QVERIFY(v.exportandoBCF());
+        QVERIFY(!boton->isEnabled());
+        QVERIFY(!resultado->isVisible());
+        QFileDialog* panel = nullptr;
+        QTRY_VERIFY((panel = panelBCF()) != nullptr);
+        QVERIFY(v.exportandoBCF());
+        panel->reject();
+        QTRY_VERIFY(terminado.has_value());
+        QVERIFY(!*terminado);
+        QVERIFY(!v.exportandoBCF());
+        QCOMPARE(v.bcfExito(), std::optional<bool>(false));
+        QVERIFY(boton->isEnabled());
+        QVERIFY(resultado->isVisible());
+        QCOMPARE(resultado->findChildren<QLabel*>().last()->text(),
+                 QStringLiteral("Error al exportar"));
+
+        // Saving it: the outcome turns to success, and the archive carries the
+        // two thumbnails as the snapshots of their topics.
+        terminado.reset();
+        boton->click();
+        QVERIFY(!v.bcfExito());
+        QVERIFY(!resultado->isVisible());
+        QTRY_VERIFY((panel = panelBCF()) != nullptr);
+        auto* campo = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        QCOMPARE(campo->text(), QStringLiteral("Fase 23 ok.bcf"));
+        QVERIFY(QDir(temporal_.path()).mkpath(QStringLiteral("destino")));
+        panel->setDirectory(QDir(temporal_.path()).filePath(QStringLiteral("destino")));
+        campo->setText(QStringLiteral("Fase 23 ok.bcf"));
+        QTest::keyClick(campo, Qt::Key_Return);
+        QTRY_VERIFY(terminado.has_value());
+        QVERIFY(*terminado);
+        QCOMPARE(resultado->findChildren<QLabel*>().last()->text(),
+                 QStringLiteral("BCF exportado"));
+        const QString archivo =
+            QDir(temporal_.path()).filePath(QStringLiteral("destino/Fase 23 ok.bcf"));
+        for (const std::string& id : {idA, idB}) {
+            QProcess unzip;
+            unzip.start(
+                QStringLiteral("/usr/bin/unzip"),
+                {QStringLiteral("-p"), archivo, QString::fromStdString(id + "/snapshot.png")});
+            QVERIFY(unzip.waitForFinished(30000));
+            QCOMPARE(unzip.exitCode(), 0);
+            const QImage snapshot = QImage::fromData(unzip.readAllStandardOutput(), "PNG");
+            QCOMPARE(snapshot.convertToFormat(QImage::Format_RGB32),
+                     v.thumbnails().at(id).convertToFormat(QImage::Format_RGB32));
+        }
     }
 
     void verReporteAbreVentanasQueSobrevivenAlCierre() {

@@ -1,5 +1,7 @@
 #include "analyses/clash/ui/ReporteAnalisisView.h"
 
+#include "analyses/bcf/BCFExporter.h"
+#include "analyses/bcf/ui/GuardadoBCF.h"
 #include "analyses/clash/ReporteHTML.h"
 #include "analyses/clash/ui/ReporteContenidoView.h"
 #include "analyses/clash/ui/ThumbnailInterferencia.h"
@@ -12,6 +14,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QTimer>
@@ -65,6 +68,7 @@ ReporteAnalisisView::ReporteAnalisisView(AnalisisInterferencias analisis, Scene*
     botonBCF_ = new QPushButton(iconoSimbolo("square.and.arrow.up.on.square"),
                                 QStringLiteral("Exportar BCF"), barra);
     botonBCF_->setObjectName(QStringLiteral("exportarBCF"));
+    connect(botonBCF_, &QPushButton::clicked, this, &ReporteAnalisisView::exportarBCF);
     botonBCF_->setToolTip(
         QStringLiteral("Exportar como BIM Collaboration Format 2.1 (Revit, Navisworks, Solibri)"));
     giroBCF_ = new IndicadorGiro(14, barra);
@@ -113,13 +117,13 @@ void ReporteAnalisisView::sincronizar() {
         textoResultado_->setStyleSheet(ok ? QStringLiteral("color: #34c759;")
                                           : QStringLiteral("color: #ff3b30;"));
     }
-    pagina_->setThumbnails(thumbnails_);
 }
 
 void ReporteAnalisisView::generarThumbnails() {
     RenderizadorImagenes renderizador;
     thumbnails_ = renderThumbnails(analisis_, scene_, renderizador);
     png_.reset();
+    pagina_->setThumbnails(thumbnails_);
     sincronizar();
     emit thumbnailsListos();
 }
@@ -148,6 +152,28 @@ void ReporteAnalisisView::generarHTML() {
         return;
     }
     QDesktopServices::openUrl(QUrl::fromLocalFile(ruta));
+}
+
+void ReporteAnalisisView::exportarBCF() {
+    if (exportandoBCF_) return;
+    exportandoBCF_ = true;
+    bcfExito_.reset();
+    sincronizar();
+    const BCFExporter exportador{analisis_, analisis_.nombre, thumbnailsPNG()};
+    const QPointer<ReporteAnalisisView> ventana(this);
+    exportador.exportar(
+        [ventana](const std::string& nombre, const QString& ruta,
+                  BCFExporter::Completion completion) {
+            if (!ventana) return completion(false);
+            guardarBCF(ventana, nombre, ruta, std::move(completion));
+        },
+        [ventana](bool exito) {
+            if (!ventana) return;
+            ventana->exportandoBCF_ = false;
+            ventana->bcfExito_ = exito;
+            ventana->sincronizar();
+            emit ventana->bcfTerminado(exito);
+        });
 }
 
 } // namespace teskal

@@ -40,10 +40,15 @@ public:
     // Writes the HTML report to the temporary directory and opens it in the
     // desktop's browser; a write failure shows the "Error" alert instead.
     void generarHTML();
+    // Exports the analysis with the current thumbnails as a BCF archive,
+    // offered through a save panel; the outcome shows in the bar.
+    void exportarBCF();
 
 signals:
     // The thumbnails have been assigned.
     void thumbnailsListos();
+    // A BCF export has ended with this outcome.
+    void bcfTerminado(bool exito);
 
 protected:
     void showEvent(QShowEvent* evento) override;
