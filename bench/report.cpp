@@ -18,15 +18,19 @@
 // new renderer (its own GL context and shaders) for each of the first
 // --base thumbnails (50 by default). Both must give the same pixels: the
 // benchmark compares them and stops if they differ. Every thumbnail must show
-// red and blue.
+// red and blue. Then the BCF archive of the analysis with those thumbnails
+// (BCFExporter::escribirArchivo: texts, snapshots and /usr/bin/zip), best and
+// median of three, in ms.
 
 #include "Medicion.h"
+#include "analyses/bcf/BCFExporter.h"
 #include "analyses/clash/BusquedaInterferencias.h"
 #include "analyses/clash/ui/ThumbnailInterferencia.h"
 #include "viewport/render/RenderizadorImagenes.h"
 
 #include <QGuiApplication>
 #include <QImage>
+#include <QTemporaryDir>
 #include <cmath>
 #include <cstring>
 #include <glm/gtc/constants.hpp>
@@ -130,6 +134,10 @@ bool tieneRojoYAzul(const QImage& img) {
 
 int main(int argc, char** argv) {
     QGuiApplication app(argc, argv);
+    // The BCF writer leaves its folders in the temporary directory: a private
+    // one, removed at the end.
+    QTemporaryDir temporal;
+    if (temporal.isValid()) qputenv("TMPDIR", temporal.path().toLocal8Bit());
     int n = 500, base = 50;
     for (int i = 1; i + 1 < argc; ++i) {
         if (!std::strcmp(argv[i], "--interferencias"))
@@ -217,6 +225,23 @@ int main(int argc, char** argv) {
     for (const auto& [id, b] : png) bytesPNG += static_cast<std::size_t>(b.size());
     std::printf("report: PNG encoding of %zu thumbnails: %.0f ms, %.1f MB\n", png.size(),
                 mPNG.pared * 1e3, megabytes(static_cast<long long>(bytesPNG)));
+    // The BCF archive of the analysis with those thumbnails as snapshots:
+    // 500 topic folders of three files each, packed by /usr/bin/zip.
+    const BCFExporter exportador{analisis, analisis.nombre, png};
+    std::optional<BCFExporter::Archivo> archivo;
+    Tiempos tBCF;
+    for (int k = 0; k < 3; ++k) {
+        tBCF.anadir(cronometrar([&] { archivo = exportador.escribirArchivo(); }));
+        if (!archivo) {
+            std::fprintf(stderr, "report: the BCF archive could not be written\n");
+            return 1;
+        }
+    }
+    std::printf("report: BCF archive of %zu topics with snapshots (escribirArchivo): best %.0f ms, "
+                "median %.0f ms, "
+                "%.1f MB\n",
+                analisis.interferencias.size(), tBCF.mejor() * 1e3, tBCF.mediana() * 1e3,
+                megabytes(tamanoArchivo(archivo->ruta.toStdString())));
     imprimirFigura("report", porSegundo, "thumbnails/s", porSegundo / porSegundoBase,
                    "new-renderer-per-thumbnail");
     return 0;
