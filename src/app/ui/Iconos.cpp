@@ -41,6 +41,11 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"minus.circle.fill", "list-remove-symbolic"},
         {"arrow.triangle.2.circlepath.circle.fill", "emblem-synchronizing-symbolic"},
         {"equal.circle.fill", "format-justify-fill-symbolic"},
+        {"ruler", "zoom-original-symbolic"},
+        {"exclamationmark.triangle.fill", "dialog-warning-symbolic"},
+        {"xmark.circle.fill", "process-stop-symbolic"},
+        {"square.and.arrow.up.on.square", "document-send-symbolic"},
+        {"printer.fill", "document-print-symbolic"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

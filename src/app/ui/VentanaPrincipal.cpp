@@ -2,6 +2,7 @@
 
 #include "analyses/clash/ui/DialogoConfigAnalisis.h"
 #include "analyses/clash/ui/PanelInterferencias.h"
+#include "analyses/clash/ui/ReporteAnalisisView.h"
 #include "analyses/xor/ui/PanelComparacionXOR.h"
 #include "app/ui/VentanaAcercaDe.h"
 #include "app/ui/VistaBienvenida.h"
@@ -21,6 +22,7 @@
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -144,7 +146,11 @@ QWidget* VentanaPrincipal::crearBarraLateral() {
     v->addWidget(tituloSeccion(QStringLiteral("Comparación XOR"), lateral));
     v->addWidget(new PanelComparacionXOR(cv_, lateral));
     v->addWidget(tituloSeccion(QStringLiteral("Interferencias"), lateral));
-    v->addWidget(new PanelInterferencias(cv_, lateral));
+    auto* interferencias = new PanelInterferencias(cv_, lateral);
+    connect(interferencias, &PanelInterferencias::reporteSolicitado, this, [this](std::size_t indice) {
+        if (indice < cv_.historialAnalisis.size()) abrirReporte(cv_.historialAnalisis[indice]);
+    });
+    v->addWidget(interferencias);
     v->addStretch(1);
     desplazable->setWidget(lateral);
     return desplazable;
@@ -357,6 +363,16 @@ void VentanaPrincipal::abrirEliminarModelo() {
             cv_.cancelarEliminarModelo();
     });
     alertaEliminar_->open();
+}
+
+void VentanaPrincipal::abrirReporte(const AnalisisInterferencias& analisis) {
+    auto ventana = std::make_unique<ReporteAnalisisView>(analisis, &cv_.scene);
+    ventana->setWindowTitle(QStringLiteral("Reporte · ") + QString::fromStdString(analisis.nombre));
+    ventana->resize(820, 700);
+    if (const QScreen* pantalla = screen())
+        ventana->move(pantalla->availableGeometry().center() - ventana->rect().center());
+    ventana->show();
+    reportWindows_.push_back(std::move(ventana));
 }
 
 } // namespace teskal

@@ -3,6 +3,8 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <functional>
+#include <memory>
+#include <vector>
 
 class QFileDialog;
 class QLabel;
@@ -13,6 +15,7 @@ namespace teskal {
 
 class CentroNotificaciones;
 class ContentView;
+struct AnalisisInterferencias;
 class DialogoColorEspecialidad;
 class DialogoConfigAnalisis;
 class DialogoNuevaEspecialidad;
@@ -29,6 +32,11 @@ public:
     VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro, QWidget* parent = nullptr);
 
     VisorEscena* visorEscena() const { return visorEscena_; }
+
+    // Opens the report of a copy of this analysis in a window of its own,
+    // kept (not deleted) when the user closes it.
+    void abrirReporte(const AnalisisInterferencias& analisis);
+    const std::vector<std::unique_ptr<QWidget>>& reportWindows() const { return reportWindows_; }
 
 private:
     void crearMenus();
@@ -68,6 +76,7 @@ private:
     QPointer<DialogoColorEspecialidad> dialogoColor_;
     QPointer<DialogoTransformacion> dialogoTransformacion_;
     QPointer<VentanaAcercaDe> acercaDe_;
+    std::vector<std::unique_ptr<QWidget>> reportWindows_;
 };
 
 } // namespace teskal

@@ -171,12 +171,16 @@ void RenderizadorEscena::liberar() {
     ayudantes_.clear();
     nodoDeId_.clear();
     escena_ = nullptr;
+    raizEscena_.reset();
     inicializado_ = false;
 }
 
 void RenderizadorEscena::sincronizar(Scene& escena) {
-    const bool otraEscena = escena_ != &escena;
+    // A scene made where a freed one stood has the same address and may have
+    // the same counters: its root node tells them apart.
+    const bool otraEscena = escena_ != &escena || raizEscena_.lock() != escena.rootNode();
     escena_ = &escena;
+    raizEscena_ = escena.rootNode();
     if (otraEscena || estructura_ != escena.contadores().estructura) {
         sincronizarEstructura(escena);
         estructura_ = escena.contadores().estructura;

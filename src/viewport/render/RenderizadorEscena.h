@@ -80,6 +80,7 @@ private:
 
     bool inicializado_ = false;
     const Scene* escena_ = nullptr;
+    std::weak_ptr<Node> raizEscena_;
     std::uint64_t estructura_ = ~0ull, apariencia_ = ~0ull;
     std::vector<std::unique_ptr<Lote>> lotes_;
     std::vector<Ayudante> ayudantes_;

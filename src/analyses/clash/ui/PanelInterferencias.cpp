@@ -88,6 +88,10 @@ QWidget* PanelInterferencias::filaAnalisis(std::size_t indice, QWidget* padre) {
     h->addWidget(plegar);
     auto* nombre = new QLabel(q(a.nombre), fila);
     nombre->setStyleSheet(QStringLiteral("font-weight: bold;"));
+    // A long name gives way to the buttons at the end of the row.
+    nombre->setMinimumWidth(1);
+    nombre->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    nombre->setToolTip(q(a.nombre));
     h->addWidget(nombre, 1);
     auto cuenta = [&](EstadoClash e) {
         const int n = a.cuenta(e);
@@ -105,6 +109,14 @@ QWidget* PanelInterferencias::filaAnalisis(std::size_t indice, QWidget* padre) {
     auto* tol = new QLabel(q("tol: " + formato("%.3f", a.tolerancia) + " m"), fila);
     tol->setStyleSheet(QStringLiteral("color: gray;"));
     h->addWidget(tol);
+    auto* reporte = new QToolButton(fila);
+    reporte->setObjectName(QStringLiteral("verReporte"));
+    reporte->setIcon(iconoSimbolo("doc.text.magnifyingglass"));
+    reporte->setText(QStringLiteral("Ver Reporte")); // icon only in the row; the text names it
+    reporte->setToolTip(QStringLiteral("Ver Reporte"));
+    reporte->setAutoRaise(true);
+    connect(reporte, &QToolButton::clicked, this, [this, indice] { emit reporteSolicitado(indice); });
+    h->addWidget(reporte);
     auto* borrar = new QToolButton(fila);
     borrar->setObjectName(QStringLiteral("eliminarAnalisis"));
     borrar->setIcon(iconoSimbolo("trash"));

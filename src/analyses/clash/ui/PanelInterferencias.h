@@ -15,6 +15,10 @@ class PanelInterferencias : public QWidget {
 public:
     explicit PanelInterferencias(ContentView& cv, QWidget* parent = nullptr);
 
+signals:
+    // "Ver Reporte" of the analysis at this index of the history.
+    void reporteSolicitado(std::size_t indice);
+
 private:
     void reconstruir();
     QWidget* filaAnalisis(std::size_t indice, QWidget* padre);

@@ -1,0 +1,408 @@
+// Clash reports on real OpenGL (Mesa under Xvfb): thumbnails rendered
+// offscreen and checked where the two elements project, the report window
+// before and after its thumbnails, the windows that "Ver Reporte" opens, and
+// the HTML file handed to the browser or the alert when it can't be written.
+#include "analyses/clash/EscenaThumbnail.h"
+#include "analyses/clash/ui/ReporteAnalisisView.h"
+#include "analyses/clash/ui/ThumbnailInterferencia.h"
+#include "app/ui/VentanaPrincipal.h"
+#include "federation/CentroNotificaciones.h"
+#include "federation/ContentView.h"
+#include "viewport/render/CamaraRender.h"
+#include "viewport/render/RenderizadorImagenes.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QProcess>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+
+using namespace teskal;
+
+namespace {
+
+// A box as twelve triangles with a grey material of its own.
+std::shared_ptr<Node> caja(const std::string& nombre, glm::vec3 a, glm::vec3 b) {
+    auto g = std::make_shared<Geometry>();
+    for (int i = 0; i < 8; ++i)
+        g->vertices.push_back({(i & 1) ? b.x : a.x, (i & 2) ? b.y : a.y, (i & 4) ? b.z : a.z});
+    const int caras[6][4] = {{0, 1, 3, 2}, {4, 6, 7, 5}, {0, 4, 5, 1},
+                             {2, 3, 7, 6}, {0, 2, 6, 4}, {1, 5, 7, 3}};
+    ElementoGeometria e;
+    for (const auto& c : caras)
+        e.indices.insert(e.indices.end(), {c[0], c[1], c[2], c[0], c[2], c[3]});
+    g->elementos.push_back(e);
+    auto m = std::make_shared<Material>();
+    m->setDiffuse({0.6f, 0.6f, 0.6f, 1});
+    g->materiales.push_back(m);
+    auto n = Node::crear(nombre);
+    n->setGeometry(g);
+    return n;
+}
+
+// Two half-metre boxes side by side across the thumbnail's line of sight,
+// around the target (0, 0, 0).
+Interferencia clashVivo(const std::string& id, const std::string& a, const std::string& b) {
+    Interferencia i;
+    i.id = id;
+    i.nodoA = caja(a, {-0.75f, -0.25f, 0.25f}, {-0.25f, 0.25f, 0.75f});
+    i.nodoB = caja(b, {0.25f, -0.25f, -0.75f}, {0.75f, 0.25f, -0.25f});
+    i.nombreA = a;
+    i.nombreB = b;
+    i.especialidadA = "ARQ";
+    i.especialidadB = "MEP";
+    i.viewpointTarget = {0, 0, 0};
+    i.viewpointPos = {3, 2, 3};
+    i.radio = 4;
+    return i;
+}
+
+Interferencia clashRestaurado(const std::string& id, const std::string& a, const std::string& b) {
+    Interferencia i = clashVivo(id, a, b);
+    i.nodoA = Node::crear();
+    i.nodoB = Node::crear();
+    return i;
+}
+
+bool esRojo(QRgb c) {
+    return qRed(c) > 120 && qRed(c) > qGreen(c) + 60 && qRed(c) > qBlue(c) + 60;
+}
+bool esAzul(QRgb c) {
+    return qBlue(c) > 120 && qBlue(c) > qRed(c) + 60 && qBlue(c) > qGreen(c) + 20;
+}
+
+// The pixel where a world point falls in a thumbnail.
+QPoint pixelDe(const EscenaThumbnail& t, glm::vec3 punto) {
+    const QSize s = tamanoThumbnail;
+    const auto cam = CamaraRender::desdeNodo(*t.camara, float(s.width()) / s.height());
+    const glm::vec4 clip = cam.proyeccion * cam.vista * glm::vec4(punto, 1);
+    return {int((clip.x / clip.w * 0.5f + 0.5f) * s.width()),
+            int((0.5f - clip.y / clip.w * 0.5f) * s.height())};
+}
+
+int pixelesDe(const QImage& imagen, bool (*prueba)(QRgb)) {
+    int n = 0;
+    for (int y = 0; y < imagen.height(); ++y)
+        for (int x = 0; x < imagen.width(); ++x) n += prueba(imagen.pixel(x, y));
+    return n;
+}
+
+AnalisisInterferencias analisis(const std::string& nombre, std::vector<Interferencia> lista) {
+    AnalisisInterferencias a;
+    a.id = "A0000000-0000-0000-0000-00000000000" + std::to_string(lista.size());
+    a.nombre = nombre;
+    a.fecha = QDateTime(QDate(2026, 3, 1), QTime(14, 5));
+    a.interferencias = std::move(lista);
+    return a;
+}
+
+QFileDialog* panelBCF() {
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* d = qobject_cast<QFileDialog*>(w);
+            d && d->objectName() == QStringLiteral("panelBCF") && d->isVisible())
+            return d;
+    return nullptr;
+}
+
+// Receives the files the report hands to the desktop's browser.
+class Navegador : public QObject {
+    Q_OBJECT
+public:
+    QList<QUrl> abiertas;
+public slots:
+    void abrir(const QUrl& url) { abiertas.push_back(url); }
+};
+
+} // namespace
+
+class PruebaReporte : public QObject {
+    Q_OBJECT
+    QTemporaryDir temporal_;
+
+private slots:
+    void initTestCase() {
+        QVERIFY(temporal_.isValid());
+        qputenv("TMPDIR", temporal_.path().toLocal8Bit());
+    }
+
+    void thumbnailConLosDosElementosDondeSeProyectan() {
+        RenderizadorImagenes r;
+        QVERIFY(r.valido());
+        const Interferencia i = clashVivo("ID-1", "Muro", "Tubo");
+        const QImage imagen = renderThumbnail(i, nullptr, r);
+        QCOMPARE(imagen.size(), QSize(460, 310));
+
+        // The centres of the two boxes, projected with the thumbnail's camera.
+        const EscenaThumbnail t = escenaThumbnail(i, nullptr);
+        const QPoint a = pixelDe(t, {-0.5f, 0, 0.5f}), b = pixelDe(t, {0.5f, 0, -0.5f});
+        QVERIFY(QRect(QPoint(0, 0), tamanoThumbnail).contains(a) &&
+                QRect(QPoint(0, 0), tamanoThumbnail).contains(b));
+        QVERIFY(a.x() < b.x() - 40); // A stands left of B, well apart
+        QVERIFY2(esRojo(imagen.pixel(a)), qPrintable(QString::number(imagen.pixel(a), 16)));
+        QVERIFY2(esAzul(imagen.pixel(b)), qPrintable(QString::number(imagen.pixel(b), 16)));
+        // The corners show the dark ground; the originals keep their grey.
+        for (QPoint esquina : {QPoint(2, 2), QPoint(457, 2), QPoint(2, 307), QPoint(457, 307)}) {
+            const QRgb c = imagen.pixel(esquina);
+            QVERIFY2(qAbs(qRed(c) - 26) <= 3 && qAbs(qGreen(c) - 26) <= 3 &&
+                         qAbs(qBlue(c) - 26) <= 3,
+                     qPrintable(QString::number(c, 16)));
+        }
+        QCOMPARE(i.nodoA->geometry()->firstMaterial()->diffuse(), (Color{0.6f, 0.6f, 0.6f, 1}));
+
+        // The same renderer next draws a restored clash whose names the live
+        // scene does not hold: lights only, nothing red or blue left over.
+        Scene viva;
+        viva.rootNode()->addChildNode(caja("Otro", {0, 0, 0}, {1, 1, 1}));
+        const QImage vacia = renderThumbnail(clashRestaurado("ID-2", "Muro", "Tubo"), &viva, r);
+        QCOMPARE(vacia.size(), QSize(460, 310));
+        QCOMPARE(pixelesDe(vacia, esRojo), 0);
+        QCOMPARE(pixelesDe(vacia, esAzul), 0);
+
+        // Once the names are in the live scene, the restored clash finds them.
+        auto modelo = Node::crear();
+        viva.rootNode()->addChildNode(modelo);
+        modelo->addChildNode(caja("Muro", {-0.75f, -0.25f, 0.25f}, {-0.25f, 0.25f, 0.75f}));
+        modelo->addChildNode(caja("Tubo", {0.25f, -0.25f, -0.75f}, {0.75f, 0.25f, -0.25f}));
+        const QImage hallada = renderThumbnail(clashRestaurado("ID-3", "Muro", "Tubo"), &viva, r);
+        QVERIFY(esRojo(hallada.pixel(a)));
+        QVERIFY(esAzul(hallada.pixel(b)));
+    }
+
+    void ventanaAvisaYLuegoLlenaLaTabla() {
+        Scene viva;
+        ReporteAnalisisView v(analisis("Fase 1", {clashVivo("ID-1", "Muro 1", "Tubo 1"),
+                                                  clashRestaurado("ID-2", "No está", "Tampoco")}),
+                              &viva);
+        QElapsedTimer reloj;
+        bool listos = false;
+        qint64 espera = 0;
+        connect(&v, &ReporteAnalisisView::thumbnailsListos, this, [&] {
+            listos = true;
+            espera = reloj.elapsed();
+        });
+        v.resize(820, 700);
+        reloj.start();
+        v.show();
+
+        // Before the thumbnails: the notice, a disabled print button, grey cells.
+        auto* aviso = v.findChild<QWidget*>(QStringLiteral("avisoGenerando"));
+        auto* imprimir = v.findChild<QPushButton*>(QStringLiteral("imprimirPDF"));
+        auto* bcf = v.findChild<QPushButton*>(QStringLiteral("exportarBCF"));
+        QVERIFY(aviso && imprimir && bcf);
+        QVERIFY(aviso->isVisible());
+        QVERIFY(aviso->findChild<QLabel*>()->text() == QStringLiteral("Generando vistas…"));
+        QVERIFY(!imprimir->isEnabled());
+        QVERIFY(bcf->isEnabled());
+        QCOMPARE(bcf->toolTip(),
+                 QStringLiteral(
+                     "Exportar como BIM Collaboration Format 2.1 (Revit, Navisworks, Solibri)"));
+        QVERIFY(v.thumbnails().empty());
+        auto* celda = v.findChild<QWidget*>(QStringLiteral("vista_ID-1"));
+        QVERIFY(celda);
+        QCOMPARE(celda->size(), QSize(120, 78));
+        const QImage gris = celda->grab().toImage();
+        QCOMPARE(pixelesDe(gris, esRojo), 0);
+
+        // After: both clashes have a thumbnail, rendered no sooner than 0.2 s
+        // after the window was shown, and the table shows them.
+        QVERIFY(QTest::qWaitForWindowExposed(&v));
+        QTRY_VERIFY(listos);
+        QVERIFY2(espera >= 195, qPrintable(QString::number(espera)));
+        QCOMPARE(v.thumbnails().size(), std::size_t(2));
+        QVERIFY(!aviso->isVisible());
+        QVERIFY(imprimir->isEnabled());
+        const QImage llena = celda->grab().toImage();
+        QVERIFY(pixelesDe(llena, esRojo) > 50);
+        QVERIFY(pixelesDe(llena, esAzul) > 50);
+        const QImage sinObjetos =
+            v.findChild<QWidget*>(QStringLiteral("vista_ID-2"))->grab().toImage();
+        QCOMPARE(pixelesDe(sinObjetos, esRojo), 0);
+        QVERIFY(sinObjetos != gris); // the dark thumbnail, not the grey waiting ground
+
+        // The page: counts and the records heading.
+        QCOMPARE(v.findChild<QWidget*>(QStringLiteral("tarjetaAbiertos"))
+                     ->findChild<QLabel*>(QStringLiteral("numero"))
+                     ->text(),
+                 QStringLiteral("2"));
+        QCOMPARE(v.findChild<QLabel*>(QStringLiteral("registros"))->text(),
+                 QStringLiteral("2 registros"));
+        QCOMPARE(v.findChild<QLabel*>(QStringLiteral("pieCuentas"))->text(),
+                 QStringLiteral("Total interferencias: 2  ·  Resueltas: 0  ·  Pendientes: 2"));
+        QCOMPARE(v.findChild<QLabel*>(QStringLiteral("totalReporte"))->text(),
+                 QStringLiteral("· 2 colisiones"));
+    }
+
+    void analisisSinInterferencias() {
+        ReporteAnalisisView v(analisis("Vacío", {}), nullptr);
+        v.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&v));
+        QVERIFY(!v.findChild<QWidget*>(QStringLiteral("avisoGenerando"))->isVisible());
+        QVERIFY(v.findChild<QPushButton*>(QStringLiteral("imprimirPDF"))->isEnabled());
+        QVERIFY(v.findChild<QPushButton*>(QStringLiteral("exportarBCF"))->isEnabled());
+        QVERIFY(!v.findChild<QWidget*>(QStringLiteral("resultadoBCF"))->isVisible());
+        QCOMPARE(v.findChild<QLabel*>(QStringLiteral("registros"))->text(),
+                 QStringLiteral("0 registros"));
+    }
+
+    void htmlAlNavegadorOAlertaSiNoSePuedeEscribir() {
+        Navegador navegador;
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), &navegador, "abrir");
+        ReporteAnalisisView v(analisis("Fase 2/3", {clashVivo("ID-1", "A&B", "<C>")}), nullptr);
+        v.show();
+        auto* imprimir = v.findChild<QPushButton*>(QStringLiteral("imprimirPDF"));
+        QTRY_VERIFY(imprimir->isEnabled());
+        imprimir->click();
+        QCOMPARE(navegador.abiertas.size(), 1);
+        const QString ruta = navegador.abiertas[0].toLocalFile();
+        QCOMPARE(ruta, QDir(temporal_.path()).filePath(QStringLiteral("Fase 2-3.html")));
+        QFile f(ruta);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray html = f.readAll();
+        QVERIFY(html.startsWith("<!DOCTYPE html>"));
+        QVERIFY(html.contains("<td><b>A&B</b></td>"));
+        QVERIFY(html.contains("<td><b><C></b></td>"));
+        // The thumbnail travels as a PNG that decodes to the rendered image.
+        const int desde = html.indexOf("base64,") + 7;
+        QVERIFY(desde > 7);
+        const QImage png = QImage::fromData(
+            QByteArray::fromBase64(html.mid(desde, html.indexOf('\'', desde) - desde)), "PNG");
+        QCOMPARE(png.size(), QSize(460, 310));
+        QCOMPARE(png.convertToFormat(QImage::Format_RGB32),
+                 v.thumbnails().at("ID-1").convertToFormat(QImage::Format_RGB32));
+
+        // A folder stands where the file goes: the alert, and no browser.
+        QVERIFY(QFile::remove(ruta));
+        QVERIFY(QDir(temporal_.path()).mkdir(QStringLiteral("Fase 2-3.html")));
+        imprimir->click();
+        QMessageBox* alerta = nullptr;
+        QTRY_VERIFY((alerta = v.findChild<QMessageBox*>(QStringLiteral("alertaReporte"))) !=
+                    nullptr);
+        QCOMPARE(alerta->text(), QStringLiteral("Error"));
+        QCOMPARE(alerta->informativeText(),
+                 QStringLiteral(
+                     "No se pudo generar el reporte: La ruta es una carpeta, no un archivo."));
+        QVERIFY(alerta->isModal());
+        QCOMPARE(navegador.abiertas.size(), 1);
+        alerta->close();
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+    }
+
+    void exportarBCFConLasVistasYSuResultado() {
+        const std::string idA = "5A1C0D2E-0000-4000-8000-0000000000A1",
+                          idB = "5A1C0D2E-0000-4000-8000-0000000000B2";
+        ReporteAnalisisView v(analisis("Fase 2/3: ok?", {clashVivo(idA, "Muro", "Tubo"),
+                                                         clashVivo(idB, "Losa", "Ducto")}),
+                              nullptr);
+        v.show();
+        QTRY_COMPARE(v.thumbnails().size(), std::size_t(2));
+        auto* boton = v.findChild<QPushButton*>(QStringLiteral("exportarBCF"));
+        auto* resultado = v.findChild<QWidget*>(QStringLiteral("resultadoBCF"));
+        std::optional<bool> terminado;
+        connect(&v, &ReporteAnalisisView::bcfTerminado, this, [&](bool ok) { terminado = ok; });
+
+        // Cancelling the save panel shows the failure.
+        boton->click();
+        QVERIFY(v.exportandoBCF());
+        QVERIFY(!boton->isEnabled());
+        QVERIFY(!resultado->isVisible());
+        QFileDialog* panel = nullptr;
+        QTRY_VERIFY((panel = panelBCF()) != nullptr);
+        QVERIFY(v.exportandoBCF());
+        panel->reject();
+        QTRY_VERIFY(terminado.has_value());
+        QVERIFY(!*terminado);
+        QVERIFY(!v.exportandoBCF());
+        QCOMPARE(v.bcfExito(), std::optional<bool>(false));
+        QVERIFY(boton->isEnabled());
+        QVERIFY(resultado->isVisible());
+        QCOMPARE(resultado->findChildren<QLabel*>().last()->text(),
+                 QStringLiteral("Error al exportar"));
+
+        // Saving it: the outcome turns to success, and the archive carries the
+        // two thumbnails as the snapshots of their topics.
+        terminado.reset();
+        boton->click();
+        QVERIFY(!v.bcfExito());
+        QVERIFY(!resultado->isVisible());
+        QTRY_VERIFY((panel = panelBCF()) != nullptr);
+        auto* campo = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        QCOMPARE(campo->text(), QStringLiteral("Fase 23 ok.bcf"));
+        QVERIFY(QDir(temporal_.path()).mkpath(QStringLiteral("destino")));
+        panel->setDirectory(QDir(temporal_.path()).filePath(QStringLiteral("destino")));
+        campo->setText(QStringLiteral("Fase 23 ok.bcf"));
+        QTest::keyClick(campo, Qt::Key_Return);
+        QTRY_VERIFY(terminado.has_value());
+        QVERIFY(*terminado);
+        QCOMPARE(resultado->findChildren<QLabel*>().last()->text(),
+                 QStringLiteral("BCF exportado"));
+        const QString archivo =
+            QDir(temporal_.path()).filePath(QStringLiteral("destino/Fase 23 ok.bcf"));
+        for (const std::string& id : {idA, idB}) {
+            QProcess unzip;
+            unzip.start(
+                QStringLiteral("/usr/bin/unzip"),
+                {QStringLiteral("-p"), archivo, QString::fromStdString(id + "/snapshot.png")});
+            QVERIFY(unzip.waitForFinished(30000));
+            QCOMPARE(unzip.exitCode(), 0);
+            const QImage snapshot = QImage::fromData(unzip.readAllStandardOutput(), "PNG");
+            QCOMPARE(snapshot.convertToFormat(QImage::Format_RGB32),
+                     v.thumbnails().at(id).convertToFormat(QImage::Format_RGB32));
+        }
+    }
+
+    void verReporteAbreVentanasQueSobrevivenAlCierre() {
+        CentroNotificaciones centro;
+        ContentView cv("/no/hay");
+        VentanaPrincipal ventana(cv, centro);
+        ventana.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&ventana));
+        cv.historialAnalisis.push_back(analisis("Fase 1", {clashVivo("ID-1", "Muro", "Tubo")}));
+        emit cv.changed();
+        QToolButton* boton = nullptr;
+        QTRY_VERIFY((boton = ventana.findChild<QToolButton*>(QStringLiteral("verReporte"))) !=
+                    nullptr);
+        QCOMPARE(boton->text(), QStringLiteral("Ver Reporte"));
+        boton->click();
+        QCOMPARE(ventana.reportWindows().size(), std::size_t(1));
+        QPointer<QWidget> primera = ventana.reportWindows()[0].get();
+        QVERIFY(primera->isWindow() && primera->isVisible());
+        QCOMPARE(primera->windowTitle(), QStringLiteral("Reporte · Fase 1"));
+        QCOMPARE(primera->size(), QSize(820, 700));
+        const QRect pantalla = ventana.screen()->availableGeometry();
+        QVERIFY(qAbs(primera->geometry().center().x() - pantalla.center().x()) <= 1);
+        auto* reporte = qobject_cast<ReporteAnalisisView*>(primera.data());
+        QVERIFY(reporte);
+        QTRY_COMPARE(reporte->thumbnails().size(), std::size_t(1));
+
+        // A report is a snapshot: a later change of state does not reach it;
+        // a second window of the same analysis is independent.
+        cv.cambiarEstado(0, 0, EstadoClash::resuelto);
+        QCOMPARE(reporte->analisis().interferencias[0].estado, EstadoClash::abierto);
+        QTRY_VERIFY((boton = ventana.findChild<QToolButton*>(QStringLiteral("verReporte"))) !=
+                    nullptr);
+        boton->click();
+        QCOMPARE(ventana.reportWindows().size(), std::size_t(2));
+        auto* segunda = qobject_cast<ReporteAnalisisView*>(ventana.reportWindows()[1].get());
+        QCOMPARE(segunda->analisis().interferencias[0].estado, EstadoClash::resuelto);
+        QVERIFY(segunda->thumbnails().empty());
+
+        // Closing keeps the window alive in the list.
+        primera->close();
+        QTest::qWait(50);
+        QVERIFY(primera);
+        QVERIFY(!primera->isVisible());
+        QCOMPARE(ventana.reportWindows().size(), std::size_t(2));
+        QTRY_COMPARE(segunda->thumbnails().size(), std::size_t(1));
+    }
+};
+
+QTEST_MAIN(PruebaReporte)
+#include "test_reporte.moc"
