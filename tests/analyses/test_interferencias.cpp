@@ -11,8 +11,11 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <random>
+#include "espera_eventos.h"
 
 using namespace teskal;
+
+using teskal::pruebas::esperarHasta;
 
 namespace {
 
@@ -119,17 +122,6 @@ TEST(BusquedaInterferencias, reglasNumericas) {
     EXPECT_TRUE(buscarInterferencias(grandes, {"A|C"}, {}, 0.02).empty());
     const std::vector<NodoBB> mismos = {caja("A", "a", {0, 0, 0}, {1, 1, 1}), caja("A", "b", {0, 0, 0}, {1, 1, 1})};
     EXPECT_TRUE(buscarInterferencias(mismos, {"A|A"}, {}, 0.02).empty());
-}
-
-bool esperarHasta(const std::function<bool()>& condicion) {
-    QElapsedTimer reloj;
-    reloj.start();
-    while (!condicion()) {
-        if (reloj.elapsed() > 60000) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::msleep(2);
-    }
-    return true;
 }
 
 // A workspace with a wall in ARQ, a beam and a column in EST; the beam goes

@@ -18,22 +18,13 @@
 #include <QTemporaryDir>
 #include <QThread>
 #include <gtest/gtest.h>
+#include "espera_eventos.h"
 
 using namespace teskal;
 
-namespace {
+using teskal::pruebas::esperarHasta;
 
-bool esperarHasta(const std::function<bool()>& condicion, int milisegundos = 600000) {
-    QElapsedTimer reloj;
-    reloj.start();
-    while (!condicion()) {
-        if (reloj.elapsed() > milisegundos) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-        QThread::msleep(5);
-    }
-    QCoreApplication::processEvents();
-    return true;
-}
+namespace {
 
 struct Caja {
     std::string nombre;

@@ -15,24 +15,15 @@
 #include <glm/gtc/constants.hpp>
 #include <gtest/gtest.h>
 #include <unistd.h>
+#include "espera_eventos.h"
 
 using namespace teskal;
+
+using teskal::pruebas::esperarHasta;
 
 namespace {
 
 const std::string muestras = TESKAL_SAMPLES_DIR;
-
-bool esperarHasta(const std::function<bool()>& condicion, int milisegundos = 600000) {
-    QElapsedTimer reloj;
-    reloj.start();
-    while (!condicion()) {
-        if (reloj.elapsed() > milisegundos) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-        QThread::msleep(5);
-    }
-    QCoreApplication::processEvents();
-    return true;
-}
 
 // Files the conversions left in the temporary folder (a private one per test
 // process): copies named UUID.ifc and outputs UUID.obj.

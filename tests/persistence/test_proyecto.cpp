@@ -18,24 +18,15 @@
 #include <QThread>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include "espera_eventos.h"
 
 using namespace teskal;
+
+using teskal::pruebas::esperarHasta;
 
 namespace {
 
 const QString muestras = QStringLiteral(TESKAL_SAMPLES_DIR);
-
-bool esperarHasta(const std::function<bool()>& condicion, int ms = 600000) {
-    QElapsedTimer reloj;
-    reloj.start();
-    while (!condicion()) {
-        if (reloj.elapsed() > ms) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::msleep(5);
-    }
-    QCoreApplication::processEvents();
-    return true;
-}
 
 QStringList claves(const QJsonObject& o) {
     QStringList k = o.keys();
