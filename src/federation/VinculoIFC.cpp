@@ -33,6 +33,11 @@ void ContentView::vincularIFC(const std::string& clave) {
 
 void ContentView::archivosElegidos(const std::vector<std::string>& rutas, const std::string& falloSelector) {
     showFilePicker = false;
+    if (!falloSelector.empty() || rutas.empty()) {
+        // The slot a comparison's picker was filling is forgotten, so that
+        // the next picker (a link from the menu, say) is not taken for it.
+        seleccionandoXOR.reset();
+    }
     if (!falloSelector.empty()) {
         mostrarError("Error al seleccionar archivo: " + falloSelector);
         return;

@@ -293,10 +293,15 @@ TEST(VersionesXOR, RecargarUnSlotPasaPorLaAlertaYUnaCargaTardiaRecalcula) {
     const auto rutas = v.escribir({versionBase(), versionBase(), tercera});
     auto cv = espacio();
 
-    // Without a comparison "Cargar" opens the picker for the slot.
+    // Without a comparison "Cargar" opens the picker for the slot; a
+    // cancelled picker forgets the slot.
     cv->pedirCargarSlotXOR(std::string(slotsXOR::base));
     EXPECT_TRUE(cv->showFilePicker);
     EXPECT_EQ(cv->seleccionandoXOR, std::string(slotsXOR::base));
+    cv->archivosElegidos({});
+    EXPECT_FALSE(cv->seleccionandoXOR);
+    EXPECT_FALSE(cv->showFilePicker);
+    cv->pedirCargarSlotXOR(std::string(slotsXOR::base));
     cv->archivosElegidos({rutas[0]});
     EXPECT_FALSE(cv->seleccionandoXOR);
     ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
