@@ -13,43 +13,21 @@
 
 using namespace teskal;
 
-namespace {
-
-QFileDialog* panelAbierto() {
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (auto* d = qobject_cast<QFileDialog*>(w);
-            d && d->objectName() == QStringLiteral("panelBCF") && d->isVisible())
-            return d;
-    return nullptr;
-}
-
-QByteArray leer(const QString& ruta) {
-    QFile f(ruta);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-} // namespace
-
 class PruebaGuardadoBCF : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase() {
         QVERIFY(carpeta_.isValid());
-        QFile f(carpeta_.filePath(QStringLiteral("archivo_temporal.bcf")));
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(contenido_);
+        QFile f(archivo_);
+        QVERIFY(f.open(QIODevice::WriteOnly) && f.write(contenido_) == contenido_.size());
     }
 
     void confirmarCopiaElArchivo() {
         QWidget ventana;
         ventana.show();
         QVERIFY(QTest::qWaitForWindowExposed(&ventana));
-        std::optional<bool> resultado;
-        guardarBCF(&ventana, "Fase 23 ok.bcf",
-                   carpeta_.filePath(QStringLiteral("archivo_temporal.bcf")),
-                   [&](bool ok) { resultado = ok; });
-        QFileDialog* panel = nullptr;
-        QTRY_VERIFY((panel = panelAbierto()) != nullptr);
+        QFileDialog* panel = abrir(&ventana, "Fase 23 ok.bcf");
+        QVERIFY(panel);
         QCOMPARE(panel->windowTitle(), QStringLiteral("Guardar informe BCF 2.1"));
         auto* mensaje = panel->findChild<QLabel*>(QStringLiteral("mensajeBCF"));
         QVERIFY(mensaje && mensaje->isVisible());
@@ -59,37 +37,46 @@ private slots:
         auto* campo = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
         QVERIFY(campo);
         QCOMPARE(campo->text(), QStringLiteral("Fase 23 ok.bcf"));
-        QVERIFY(!resultado);
+        QVERIFY(!resultado_);
 
         // The user picks a folder of their own and keeps the suggested name.
         QVERIFY(QDir(carpeta_.path()).mkpath(QStringLiteral("destino")));
         panel->setDirectory(carpeta_.filePath(QStringLiteral("destino")));
-        campo->setText(QStringLiteral("Fase 23 ok.bcf"));
         QTest::keyClick(campo, Qt::Key_Return);
-        QTRY_VERIFY(resultado.has_value());
-        QVERIFY(*resultado);
-        QCOMPARE(leer(carpeta_.filePath(QStringLiteral("destino/Fase 23 ok.bcf"))), contenido_);
+        QTRY_COMPARE(resultado_, std::optional(true));
+        QFile copia(carpeta_.filePath(QStringLiteral("destino/Fase 23 ok.bcf")));
+        QVERIFY(copia.open(QIODevice::ReadOnly));
+        QCOMPARE(copia.readAll(), contenido_);
         QTRY_VERIFY(panelAbierto() == nullptr);
     }
 
     void cancelarNoEscribeNada() {
-        std::optional<bool> resultado;
-        guardarBCF(nullptr, "Cancelado.bcf",
-                   carpeta_.filePath(QStringLiteral("archivo_temporal.bcf")),
-                   [&](bool ok) { resultado = ok; });
-        QFileDialog* panel = nullptr;
-        QTRY_VERIFY((panel = panelAbierto()) != nullptr);
+        QFileDialog* panel = abrir(nullptr, "Cancelado.bcf");
+        QVERIFY(panel);
         panel->setDirectory(carpeta_.path());
         panel->reject();
-        QTRY_VERIFY(resultado.has_value());
-        QVERIFY(!*resultado);
+        QTRY_COMPARE(resultado_, std::optional(false));
         QVERIFY(!QFile::exists(carpeta_.filePath(QStringLiteral("Cancelado.bcf"))));
         QTRY_VERIFY(panelAbierto() == nullptr);
     }
 
 private:
+    static QFileDialog* panelAbierto() {
+        auto* d = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        return d && d->objectName() == QStringLiteral("panelBCF") ? d : nullptr;
+    }
+
+    // Opens the panel for the temporary archive; its answer lands in resultado_.
+    QFileDialog* abrir(QWidget* padre, const std::string& nombre) {
+        resultado_.reset();
+        guardarBCF(padre, nombre, archivo_, [this](bool ok) { resultado_ = ok; });
+        return QTest::qWaitFor([] { return panelAbierto() != nullptr; }) ? panelAbierto() : nullptr;
+    }
+
     QTemporaryDir carpeta_;
+    const QString archivo_ = carpeta_.filePath(QStringLiteral("archivo_temporal.bcf"));
     const QByteArray contenido_{"PK\x03\x04 contenido del archivo", 26};
+    std::optional<bool> resultado_;
 };
 
 QTEST_MAIN(PruebaGuardadoBCF)
