@@ -6,9 +6,8 @@
 #include "federation/ConversionIFC.h"
 #include "persistence/ProyectoTESKAL.h"
 
-#include <QCoreApplication>
+#include "espera_eventos.h"
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -16,9 +15,8 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QThread>
+#include <algorithm>
 #include <gtest/gtest.h>
-#include "espera_eventos.h"
 
 using namespace teskal;
 
@@ -37,22 +35,28 @@ struct Caja {
 
 // GlobalIds in the IFC alphabet, one per number.
 std::string gid(int n) {
-    std::string s = "0Vxor00000000000000000";
     const std::string cifras = std::to_string(n);
-    s.replace(s.size() - cifras.size(), cifras.size(), cifras);
-    return s;
+    return "0Vxor" + std::string(17 - cifras.size(), '0') + cifras;
 }
 
-// The files of one test: IFC versions written by IfcOpenShell's API.
-class Versiones {
-public:
+// A workspace whose converter is the one built with the tests, and the
+// version files of one test, written by IfcOpenShell's API.
+class VersionesXOR : public ::testing::Test {
+protected:
+    QTemporaryDir dir;
+    int contador = 0;
+    std::unique_ptr<ContentView> cv = std::make_unique<ContentView>(
+        QFileInfo(QString::fromUtf8(TESKAL_IFCCONVERT)).absolutePath().toStdString());
+
+    void SetUp() override { ContentView::configurarLuces(cv->scene); }
+
     // Writes every file in one run of the generator; gives their paths.
     std::vector<std::string> escribir(const std::vector<std::vector<Caja>>& archivos) {
         QJsonArray lista;
         std::vector<std::string> rutas;
         for (std::size_t i = 0; i < archivos.size(); ++i) {
             const QString ruta =
-                dir_.filePath(QStringLiteral("version_%1_%2.ifc").arg(contador_++).arg(i));
+                dir.filePath(QStringLiteral("version_%1_%2.ifc").arg(contador++).arg(i));
             QJsonArray elementos;
             for (const Caja& c : archivos[i])
                 elementos.append(QJsonObject{{"nombre", QString::fromStdString(c.nombre)},
@@ -64,10 +68,9 @@ public:
             lista.append(QJsonObject{{"ruta", ruta}, {"elementos", elementos}});
             rutas.push_back(ruta.toStdString());
         }
-        const QString descripcion = dir_.filePath(QStringLiteral("descripcion.json"));
+        const QString descripcion = dir.filePath(QStringLiteral("descripcion.json"));
         QFile f(descripcion);
-        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(QJsonDocument(lista).toJson());
+        EXPECT_TRUE(f.open(QIODevice::WriteOnly) && f.write(QJsonDocument(lista).toJson()) > 0);
         f.close();
         QProcess p;
         p.start(QStringLiteral(TESKAL_PYTHON),
@@ -76,32 +79,41 @@ public:
         EXPECT_EQ(p.exitCode(), 0) << p.readAllStandardError().toStdString();
         return rutas;
     }
-    QString ruta(const char* nombre) const { return dir_.filePath(QString::fromLatin1(nombre)); }
 
-private:
-    QTemporaryDir dir_;
-    int contador_ = 0;
+    void cargar(std::string_view slot, const std::string& ruta) {
+        cv->cargarSlotXOR(std::string(slot), ruta);
+        ASSERT_TRUE(cv->isProcessing);
+        ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
+        ASSERT_FALSE(cv->showError) << cv->errorMessage.value_or("");
+    }
+    void comparar(const std::string& base, const std::string& nuevo) {
+        cargar(slotsXOR::base, base);
+        cargar(slotsXOR::nuevo, nuevo);
+        cv->compararXOR();
+    }
+    // The result's rows as (name, kind), in their order.
+    std::vector<std::pair<std::string, TipoCambioXOR>> filas() const {
+        std::vector<std::pair<std::string, TipoCambioXOR>> r;
+        for (const auto& e : cv->resultadoXOR->elementos) r.emplace_back(e.nombre, e.tipoCambio);
+        return r;
+    }
+    // The comparison's flags and the picker's slot as one text, so that each
+    // step checks the whole state.
+    std::string estado() const {
+        const auto slot = [](const std::optional<std::string>& s) { return s ? *s : "-"; };
+        return std::string(cv->xorActivo ? "activa" : "inactiva") +
+               (cv->resultadoXOR ? " resultado" : "") +
+               (cv->confirmarLimpiarXOR ? " confirmar" : "") +
+               " pendiente:" + slot(cv->xorSlotPendienteCargar) +
+               " selector:" + slot(cv->seleccionandoXOR) + (cv->showFilePicker ? " abierto" : "");
+    }
+    bool oculta(const char* clave) const {
+        return cv->especialidades.at(clave).nodoRaiz->isHidden();
+    }
+    long enLaRaiz(const std::shared_ptr<Node>& n) const {
+        return std::ranges::count(cv->scene.rootNode()->childNodes(), n);
+    }
 };
-
-std::unique_ptr<ContentView> espacio() {
-    auto cv = std::make_unique<ContentView>(
-        QFileInfo(QString::fromUtf8(TESKAL_IFCCONVERT)).absolutePath().toStdString());
-    ContentView::configurarLuces(cv->scene);
-    return cv;
-}
-
-void cargar(ContentView& cv, std::string_view slot, const std::string& ruta) {
-    cv.cargarSlotXOR(std::string(slot), ruta);
-    ASSERT_TRUE(cv.isProcessing);
-    ASSERT_TRUE(esperarHasta([&] { return !cv.isProcessing; }));
-    ASSERT_FALSE(cv.showError) << cv.errorMessage.value_or("");
-}
-
-const ElementoCambioXOR* fila(const ContentView& cv, const std::string& nombre) {
-    for (const auto& e : cv.resultadoXOR->elementos)
-        if (e.nombre == nombre) return &e;
-    return nullptr;
-}
 
 const Material* materialDe(const Node& modelo, const std::string& nombre) {
     const auto n = modelo.childNodeWithName(nombre, true);
@@ -126,10 +138,11 @@ std::vector<Caja> versionBase() {
             {"Losa", gid(5), 0, 0, 3, 20, 6, 0.25}};
 }
 
+using Filas = std::vector<std::pair<std::string, TipoCambioXOR>>;
+
 } // namespace
 
-TEST(VersionesXOR, CargaComparaYCuentaLosCambiosDeDosVersiones) {
-    Versiones v;
+TEST_F(VersionesXOR, CargaComparaYCuentaLosCambiosDeDosVersiones) {
     auto nueva = versionBase();
     nueva[1].x += 0.04; // moved 0.04 and grown 0.03: equal
     nueva[1].dz += 0.03;
@@ -137,12 +150,9 @@ TEST(VersionesXOR, CargaComparaYCuentaLosCambiosDeDosVersiones) {
     nueva.erase(nueva.begin() + 3);
     nueva.push_back({"Pilar nuevo", gid(6), 22, 0, 0, 0.4, 0.4, 3});
     nueva[0].pset = QJsonObject{{"Resistencia", "H30"}}; // properties alone are not a change
-    const auto rutas = v.escribir({versionBase(), nueva});
+    const auto rutas = escribir({versionBase(), nueva});
 
-    auto cv = espacio();
-    EXPECT_EQ(cv->fileNameBase, "Sin versión base");
-    EXPECT_EQ(cv->fileNameNuevo, "Sin versión nueva");
-    cargar(*cv, slotsXOR::base, rutas[0]);
+    cargar(slotsXOR::base, rutas[0]);
     ASSERT_TRUE(cv->modeloBase);
     EXPECT_TRUE(cv->modeloBase->isHidden());
     EXPECT_EQ(cv->modeloBase->parent(), cv->scene.rootNode());
@@ -154,182 +164,130 @@ TEST(VersionesXOR, CargaComparaYCuentaLosCambiosDeDosVersiones) {
     // The temporary copy and output are gone.
     EXPECT_TRUE(QDir(QDir::tempPath()).entryList({"*.ifc", "*.obj"}, QDir::Files).isEmpty());
 
-    cargar(*cv, slotsXOR::nuevo, rutas[1]);
+    cargar(slotsXOR::nuevo, rutas[1]);
     EXPECT_FALSE(cv->xorActivo);
     cv->compararXOR();
-    ASSERT_TRUE(cv->xorActivo);
-    EXPECT_FALSE(cv->modeloBase->isHidden());
-    EXPECT_FALSE(cv->modeloNuevo->isHidden());
+    ASSERT_TRUE(cv->xorActivo && cv->resultadoXOR);
+    EXPECT_FALSE(cv->modeloBase->isHidden() || cv->modeloNuevo->isHidden());
     EXPECT_EQ(cv->xorStats, (EstadisticasXOR{1, 1, 1, 3}));
-
-    ASSERT_TRUE(cv->resultadoXOR);
     const ResultadoXOR& r = *cv->resultadoXOR;
     EXPECT_EQ(r.archivoBase, cv->fileNameBase);
     EXPECT_EQ(r.archivoNuevo, cv->fileNameNuevo);
     EXPECT_EQ(r.iguales, 3);
+    EXPECT_EQ(filas(), (Filas{{"Muro borrado", TipoCambioXOR::eliminado},
+                              {"Muro movido", TipoCambioXOR::modificado},
+                              {"Pilar nuevo", TipoCambioXOR::agregado}}));
     ASSERT_EQ(r.elementos.size(), 3u);
-    EXPECT_EQ(r.elementos[0].nombre, "Muro borrado");
-    EXPECT_EQ(r.elementos[1].nombre, "Muro movido");
-    EXPECT_EQ(r.elementos[2].nombre, "Pilar nuevo");
-    const ElementoCambioXOR* movido = fila(*cv, "Muro movido");
-    EXPECT_EQ(movido->tipoCambio, TipoCambioXOR::modificado);
-    EXPECT_NEAR(movido->deltaPosicion, 0.06f, 2e-4);
-    EXPECT_NEAR(movido->deltaTamano, 0.0f, 2e-4);
-    EXPECT_EQ(fila(*cv, "Muro borrado")->tipoCambio, TipoCambioXOR::eliminado);
-    EXPECT_EQ(fila(*cv, "Pilar nuevo")->tipoCambio, TipoCambioXOR::agregado);
-    EXPECT_FALSE(fila(*cv, "Muro casi quieto"));
-
-    // The two versions painted in place.
+    EXPECT_NEAR(r.elementos[1].deltaPosicion, 0.06f, 2e-4);
+    EXPECT_NEAR(r.elementos[1].deltaTamano, 0.0f, 2e-4);
+    // Both versions are painted in place.
     EXPECT_EQ(materialDe(*cv->modeloBase, "Muro borrado")->diffuse(), coloresXOR::eliminado);
-    EXPECT_EQ(materialDe(*cv->modeloBase, "Muro movido")->diffuse(),
-              coloresXOR::modificadoAnterior);
-    EXPECT_EQ(materialDe(*cv->modeloNuevo, "Muro movido")->diffuse(), coloresXOR::modificadoNuevo);
     EXPECT_EQ(materialDe(*cv->modeloNuevo, "Pilar nuevo")->diffuse(), coloresXOR::agregado);
-    EXPECT_FLOAT_EQ(materialDe(*cv->modeloBase, "Losa")->transparency(), 0.75f);
-    EXPECT_FLOAT_EQ(materialDe(*cv->modeloNuevo, "Losa")->transparency(), 0.0f);
 }
 
-TEST(VersionesXOR, GiroEnSuSitioYArchivosIdenticosNoSonCambios) {
-    Versiones v;
-    auto girada = versionBase();
+TEST_F(VersionesXOR, GiroEnSuSitioIdenticosYRenombradoConElMismoGlobalId) {
     // A square pillar turned a quarter about its own axis keeps its box.
-    girada.push_back({"Pilar", gid(7), 30, 0, 0, 0.5, 0.5, 3, 90});
-    auto base = versionBase();
+    auto base = versionBase(), girada = versionBase();
     base.push_back({"Pilar", gid(7), 30, 0, 0, 0.5, 0.5, 3});
-    const auto rutas = v.escribir({base, girada});
+    girada.push_back({"Pilar", gid(7), 30, 0, 0, 0.5, 0.5, 3, 90});
+    auto renombrada = base;
+    renombrada[0].nombre = "Muro renombrado";
+    const auto rutas = escribir({base, girada, renombrada});
 
-    auto cv = espacio();
-    cargar(*cv, slotsXOR::base, rutas[0]);
-    cargar(*cv, slotsXOR::nuevo, rutas[1]);
-    cv->compararXOR();
+    comparar(rutas[0], rutas[1]);
     EXPECT_EQ(cv->xorStats, (EstadisticasXOR{0, 0, 0, 6}));
-
     // The same file in both slots: no rows, every distinct key equal.
     cv->limpiarXOR();
-    cargar(*cv, slotsXOR::nuevo, rutas[0]);
+    cargar(slotsXOR::nuevo, rutas[0]);
     cv->compararXOR();
     EXPECT_TRUE(cv->resultadoXOR->elementos.empty());
     EXPECT_EQ(cv->resultadoXOR->iguales, 6);
-}
 
-TEST(VersionesXOR, UnRenombradoConElMismoGlobalIdCasaSoloConAmbosMapas) {
-    Versiones v;
-    auto nueva = versionBase();
-    nueva[0].nombre = "Muro renombrado";
-    const auto rutas = v.escribir({versionBase(), nueva});
-
-    auto cv = espacio();
-    cargar(*cv, slotsXOR::base, rutas[0]);
-    cargar(*cv, slotsXOR::nuevo, rutas[1]);
+    // A renamed wall keeps its GlobalId: it matches only while both slots have ids.
+    cv->limpiarXOR();
+    cargar(slotsXOR::nuevo, rutas[2]);
     cv->compararXOR();
-    EXPECT_EQ(cv->xorStats, (EstadisticasXOR{0, 0, 0, 5}));
-
-    // Without the ids of one version the names key the elements.
+    EXPECT_EQ(cv->xorStats, (EstadisticasXOR{0, 0, 0, 6}));
     cv->limpiarXOR();
     cv->globalIdXorNuevo.clear();
     cv->compararXOR();
-    EXPECT_EQ(cv->xorStats, (EstadisticasXOR{1, 1, 0, 4}));
-    EXPECT_EQ(fila(*cv, "Muro renombrado")->tipoCambio, TipoCambioXOR::agregado);
-    EXPECT_EQ(fila(*cv, "Muro quieto")->tipoCambio, TipoCambioXOR::eliminado);
+    EXPECT_EQ(cv->xorStats, (EstadisticasXOR{1, 1, 0, 5}));
+    EXPECT_EQ(filas(), (Filas{{"Muro quieto", TipoCambioXOR::eliminado},
+                              {"Muro renombrado", TipoCambioXOR::agregado}}));
 }
 
-TEST(VersionesXOR, LimpiarDevuelveLasEspecialidadesComoEstaban) {
-    Versiones v;
-    const auto rutas = v.escribir({versionBase(), versionBase()});
-    auto cv = espacio();
+TEST_F(VersionesXOR, LimpiarDevuelveLasEspecialidadesComoEstaban) {
+    const auto rutas = escribir({versionBase(), versionBase()});
     vincularDePrueba(*cv, "ARQ");
     vincularDePrueba(*cv, "EST");
     cv->alternarEspecialidad("EST"); // hidden before the comparison
-    ASSERT_TRUE(cv->especialidades.at("EST").nodoRaiz->isHidden());
-    cargar(*cv, slotsXOR::base, rutas[0]);
-    cargar(*cv, slotsXOR::nuevo, rutas[1]);
-
-    cv->compararXOR();
-    EXPECT_TRUE(cv->especialidades.at("ARQ").nodoRaiz->isHidden());
-    EXPECT_TRUE(cv->especialidades.at("EST").nodoRaiz->isHidden());
+    ASSERT_TRUE(oculta("EST"));
+    comparar(rutas[0], rutas[1]);
+    EXPECT_TRUE(oculta("ARQ") && oculta("EST"));
     // "Aplicar colores" while the comparison stands keeps the comparison's colours.
     cv->aplicarColores();
     EXPECT_FLOAT_EQ(materialDe(*cv->modeloNuevo, "Losa")->transparency(), 0.0f);
 
     cv->pedirLimpiarXOR();
-    EXPECT_TRUE(cv->confirmarLimpiarXOR);
+    EXPECT_EQ(estado(), "activa resultado confirmar pendiente:- selector:-");
     cv->cancelarLimpiarXOR();
-    EXPECT_FALSE(cv->confirmarLimpiarXOR);
-    EXPECT_TRUE(cv->xorActivo);
+    EXPECT_EQ(estado(), "activa resultado pendiente:- selector:-");
     cv->pedirLimpiarXOR();
     cv->limpiarXOR();
-    EXPECT_FALSE(cv->confirmarLimpiarXOR);
-    EXPECT_FALSE(cv->xorActivo);
-    EXPECT_FALSE(cv->resultadoXOR);
+    EXPECT_EQ(estado(), "inactiva pendiente:- selector:-");
     EXPECT_EQ(cv->xorStats, EstadisticasXOR{});
-    EXPECT_FALSE(cv->especialidades.at("ARQ").nodoRaiz->isHidden());
-    EXPECT_TRUE(cv->especialidades.at("EST").nodoRaiz->isHidden());
-    EXPECT_TRUE(cv->modeloBase->isHidden());
-    EXPECT_TRUE(cv->modeloNuevo->isHidden());
-    // The models stay in their slots, painted, ready for another comparison.
-    EXPECT_TRUE(cv->modeloBase && cv->modeloNuevo);
+    EXPECT_FALSE(oculta("ARQ"));
+    EXPECT_TRUE(oculta("EST"));
+    // The models stay in their slots, hidden and painted, ready for another comparison.
+    EXPECT_TRUE(cv->modeloBase->isHidden() && cv->modeloNuevo->isHidden());
     EXPECT_EQ(materialDe(*cv->modeloBase, "Losa")->diffuse(), coloresXOR::sinCambios);
 
-    // Removing a slot during a comparison ends it first.
+    // Removing a slot during a comparison ends it first; with one slot empty
+    // comparing does nothing.
     cv->compararXOR();
     cv->limpiarSlotXOR(std::string(slotsXOR::nuevo));
-    EXPECT_FALSE(cv->xorActivo);
-    EXPECT_FALSE(cv->modeloNuevo);
+    EXPECT_FALSE(cv->xorActivo || cv->modeloNuevo);
     EXPECT_EQ(cv->fileNameNuevo, "Sin versión nueva");
     EXPECT_TRUE(cv->globalIdXorNuevo.empty());
-    EXPECT_FALSE(cv->especialidades.at("ARQ").nodoRaiz->isHidden());
-    std::size_t versiones = 0;
-    for (const auto& n : cv->scene.rootNode()->childNodes()) versiones += n == cv->modeloBase;
-    EXPECT_EQ(versiones, 1u);
-    // Comparing with one slot empty does nothing.
+    EXPECT_FALSE(oculta("ARQ"));
+    EXPECT_EQ(enLaRaiz(cv->modeloBase), 1);
     cv->compararXOR();
     EXPECT_FALSE(cv->xorActivo);
 }
 
-TEST(VersionesXOR, RecargarUnSlotPasaPorLaAlertaYUnaCargaTardiaRecalcula) {
-    Versiones v;
+TEST_F(VersionesXOR, RecargarUnSlotPasaPorLaAlertaYUnaCargaTardiaRecalcula) {
     auto tercera = versionBase();
     tercera.pop_back(); // the slab goes
-    const auto rutas = v.escribir({versionBase(), versionBase(), tercera});
-    auto cv = espacio();
+    const auto rutas = escribir({versionBase(), versionBase(), tercera});
 
     // Without a comparison "Cargar" opens the picker for the slot; a
     // cancelled picker forgets the slot.
     cv->pedirCargarSlotXOR(std::string(slotsXOR::base));
-    EXPECT_TRUE(cv->showFilePicker);
-    EXPECT_EQ(cv->seleccionandoXOR, std::string(slotsXOR::base));
+    EXPECT_EQ(estado(), "inactiva pendiente:- selector:BASE abierto");
     cv->archivosElegidos({});
-    EXPECT_FALSE(cv->seleccionandoXOR);
-    EXPECT_FALSE(cv->showFilePicker);
+    EXPECT_EQ(estado(), "inactiva pendiente:- selector:-");
     cv->pedirCargarSlotXOR(std::string(slotsXOR::base));
     cv->archivosElegidos({rutas[0]});
-    EXPECT_FALSE(cv->seleccionandoXOR);
+    EXPECT_EQ(estado(), "inactiva pendiente:- selector:-");
     ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
     EXPECT_TRUE(cv->modeloBase);
     EXPECT_FALSE(cv->hayModelos()) << "a version is not a discipline's model";
-    cargar(*cv, slotsXOR::nuevo, rutas[1]);
+    cargar(slotsXOR::nuevo, rutas[1]);
     cv->compararXOR();
 
     // With one standing, the alert asks first; "Cancelar" changes nothing.
     cv->pedirCargarSlotXOR(std::string(slotsXOR::nuevo));
-    EXPECT_EQ(cv->xorSlotPendienteCargar, std::string(slotsXOR::nuevo));
-    EXPECT_FALSE(cv->seleccionandoXOR);
+    EXPECT_EQ(estado(), "activa resultado pendiente:NUEVO selector:-");
     EXPECT_EQ(ContentView::etiquetaSlotXOR(*cv->xorSlotPendienteCargar), "Nueva");
     cv->cancelarCargaXOR();
-    EXPECT_FALSE(cv->xorSlotPendienteCargar);
-    EXPECT_TRUE(cv->xorActivo);
-
-    // "Continuar" ends the comparison and opens the picker for the slot.
-    cv->showFilePicker = false;
+    EXPECT_EQ(estado(), "activa resultado pendiente:- selector:-");
+    // "Continuar" ends the comparison and opens the picker for the slot; a
+    // discipline's link then takes the picker back for itself.
     cv->pedirCargarSlotXOR(std::string(slotsXOR::nuevo));
     cv->continuarCargaXOR();
-    EXPECT_FALSE(cv->xorSlotPendienteCargar);
-    EXPECT_FALSE(cv->xorActivo);
-    EXPECT_TRUE(cv->showFilePicker);
-    EXPECT_EQ(cv->seleccionandoXOR, std::string(slotsXOR::nuevo));
-    // A discipline's link takes the picker back for itself.
+    EXPECT_EQ(estado(), "inactiva pendiente:- selector:NUEVO abierto");
     cv->vincularIFC("ARQ");
-    EXPECT_FALSE(cv->seleccionandoXOR);
+    EXPECT_EQ(estado(), "inactiva pendiente:- selector:- abierto");
 
     // A load that started before the comparison arrives after it: recomputed.
     cv->cargarSlotXOR(std::string(slotsXOR::nuevo), rutas[2]);
@@ -340,14 +298,19 @@ TEST(VersionesXOR, RecargarUnSlotPasaPorLaAlertaYUnaCargaTardiaRecalcula) {
     EXPECT_EQ(cv->xorStats, (EstadisticasXOR{0, 1, 0, 4}));
     EXPECT_EQ(cv->resultadoXOR->elementos.at(0).nombre, "Losa");
     EXPECT_FALSE(cv->modeloNuevo->isHidden());
-    std::size_t raices = 0;
-    for (const auto& n : cv->scene.rootNode()->childNodes()) raices += n == cv->modeloNuevo;
-    EXPECT_EQ(raices, 1u);
+    EXPECT_EQ(enLaRaiz(cv->modeloNuevo), 1);
+
+    // Opening a project empties both slots.
+    const auto base = cv->modeloBase;
+    cv->restaurarProyecto(ProyectoTESKAL{}, std::nullopt);
+    EXPECT_FALSE(cv->xorActivo || cv->resultadoXOR || cv->modeloBase || cv->modeloNuevo);
+    EXPECT_FALSE(base->parent());
+    EXPECT_EQ(cv->fileNameBase, "Sin versión base");
+    EXPECT_EQ(cv->fileNameNuevo, "Sin versión nueva");
+    EXPECT_TRUE(cv->globalIdXorBase.empty());
 }
 
-TEST(VersionesXOR, LosFallosDeLaCargaTienenSusPropiosTextos) {
-    Versiones v;
-    auto cv = espacio();
+TEST_F(VersionesXOR, LosFallosDeLaCargaTienenSusPropiosTextos) {
     const auto fallar = [&](const std::string& ruta) {
         cv->showError = false;
         cv->cargarSlotXOR(std::string(slotsXOR::base), ruta);
@@ -357,39 +320,17 @@ TEST(VersionesXOR, LosFallosDeLaCargaTienenSusPropiosTextos) {
         EXPECT_EQ(cv->fileNameBase, "Sin versión base");
         return cv->errorMessage.value_or("");
     };
-    EXPECT_EQ(fallar(v.ruta("no_existe.ifc").toStdString()).rfind("Error copiando archivo: ", 0),
-              0u);
-
-    QFile roto(v.ruta("roto.ifc"));
+    EXPECT_EQ(
+        fallar(dir.filePath("no_existe.ifc").toStdString()).rfind("Error copiando archivo: ", 0),
+        0u);
+    QFile roto(dir.filePath("roto.ifc"));
     ASSERT_TRUE(roto.open(QIODevice::WriteOnly));
     roto.write("esto no es IFC\n");
     roto.close();
     EXPECT_EQ(fallar(roto.fileName().toStdString()).rfind("IfcConvert falló:\n", 0), 0u);
-
     // A file the converter accepts but that has no geometry.
-    const auto vacio = v.escribir({{}});
+    const auto vacio = escribir({{}});
     EXPECT_EQ(fallar(vacio[0]), "No se pudo cargar la geometría XOR.");
-
-    cv->rutaConversor = v.ruta("no_hay_conversor").toStdString();
+    cv->rutaConversor = dir.filePath("no_hay_conversor").toStdString();
     EXPECT_EQ(fallar(vacio[0]).rfind("Error ejecutando IfcConvert: ", 0), 0u);
-}
-
-TEST(VersionesXOR, AbrirUnProyectoVaciaLosSlots) {
-    Versiones v;
-    const auto rutas = v.escribir({versionBase(), versionBase()});
-    auto cv = espacio();
-    cargar(*cv, slotsXOR::base, rutas[0]);
-    cargar(*cv, slotsXOR::nuevo, rutas[1]);
-    cv->compararXOR();
-    const auto base = cv->modeloBase;
-
-    cv->restaurarProyecto(ProyectoTESKAL{}, std::nullopt);
-    EXPECT_FALSE(cv->xorActivo);
-    EXPECT_FALSE(cv->resultadoXOR);
-    EXPECT_FALSE(cv->modeloBase);
-    EXPECT_FALSE(cv->modeloNuevo);
-    EXPECT_FALSE(base->parent());
-    EXPECT_EQ(cv->fileNameBase, "Sin versión base");
-    EXPECT_EQ(cv->fileNameNuevo, "Sin versión nueva");
-    EXPECT_TRUE(cv->globalIdXorBase.empty());
 }

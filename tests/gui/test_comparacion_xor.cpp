@@ -41,18 +41,19 @@ QPoint proyectar(VisorEscena* visor, glm::vec3 p) {
             int((0.5f - clip.y / clip.w * 0.5f) * visor->height())};
 }
 
-QMessageBox* esperarAlerta(QWidget& ventana, const QString& nombre) {
-    QMessageBox* alerta = nullptr;
-    for (int i = 0; i < 200 && !alerta; ++i) {
-        QTest::qWait(20);
-        alerta = ventana.findChild<QMessageBox*>(nombre);
-    }
-    return alerta;
+template <class T = QWidget> T* hijo(const QObject& o, const char* nombre) {
+    return o.findChild<T*>(QString::fromUtf8(nombre));
 }
 
-void pulsar(QMessageBox* alerta, const QString& texto) {
+// Waits for the named alert, checks its title and text, and presses a button.
+void responder(QWidget& ventana, const char* nombre, const QString& titulo, const QString& texto,
+               const QString& boton) {
+    QMessageBox* alerta = nullptr;
+    QTRY_VERIFY((alerta = hijo<QMessageBox>(ventana, nombre)) != nullptr);
+    QCOMPARE(alerta->windowTitle(), titulo);
+    QCOMPARE(alerta->text(), texto);
     for (auto* b : alerta->buttons())
-        if (b->text() == texto) b->click();
+        if (b->text() == boton) b->click();
 }
 
 } // namespace
@@ -66,12 +67,10 @@ private slots:
         QVERIFY(json.open(QIODevice::WriteOnly));
         json.write(QString::fromUtf8(descripcion).arg(dir.path()).toUtf8());
         json.close();
-        QProcess generador;
-        generador.start(
-            QStringLiteral(TESKAL_PYTHON),
-            {QStringLiteral(TESKAL_TESTS_DIR "/analyses/versiones_xor.py"), json.fileName()});
-        QVERIFY(generador.waitForFinished(300000));
-        QCOMPARE(generador.exitCode(), 0);
+        QCOMPARE(QProcess::execute(QStringLiteral(TESKAL_PYTHON),
+                                   {QStringLiteral(TESKAL_TESTS_DIR "/analyses/versiones_xor.py"),
+                                    json.fileName()}),
+                 0);
 
         CentroNotificaciones centro;
         ContentView cv("/no/hay");
@@ -79,47 +78,38 @@ private slots:
         VentanaPrincipal ventana(cv, centro);
         ventana.show();
         QVERIFY(QTest::qWaitForWindowExposed(&ventana));
-        QVERIFY(!ventana.findChild<QPushButton*>(QStringLiteral("compararVersiones")));
+        QVERIFY(!hijo(ventana, "compararVersiones"));
 
         // Each slot's "Cargar" opens the picker; the chosen file converts into it.
-        const auto cargar = [&](const char* slot, const QString& archivo) {
-            QWidget* fila =
-                ventana.findChild<QWidget*>(QStringLiteral("slotXOR_") + QLatin1String(slot));
-            QVERIFY(fila);
-            fila->findChild<QPushButton*>(QStringLiteral("cargarSlot"))->click();
+        const auto cargar = [&](const char* fila, const QString& archivo) {
+            QVERIFY(hijo(ventana, fila));
+            hijo<QPushButton>(*hijo(ventana, fila), "cargarSlot")->click();
             QFileDialog* selector = nullptr;
-            QTRY_VERIFY((selector = ventana.findChild<QFileDialog*>(
-                             QStringLiteral("selectorIFC"))) != nullptr);
+            QTRY_VERIFY((selector = hijo<QFileDialog>(ventana, "selectorIFC")) != nullptr);
             selector->selectFile(dir.filePath(archivo));
             static_cast<QDialog*>(selector)->accept(); // as the "Abrir" button does
             QTRY_VERIFY_WITH_TIMEOUT(!cv.isProcessing, 300000);
             QVERIFY2(!cv.showError, cv.errorMessage.value_or("").c_str());
         };
-        cargar("BASE", QStringLiteral("base.ifc"));
+        cargar("slotXOR_BASE", QStringLiteral("base.ifc"));
         QVERIFY(cv.modeloBase);
-        QTRY_COMPARE(ventana.findChild<QWidget*>(QStringLiteral("slotXOR_BASE"))
-                         ->findChild<QLabel*>(QStringLiteral("archivoSlot"))
-                         ->text(),
+        QTRY_COMPARE(hijo<QLabel>(*hijo(ventana, "slotXOR_BASE"), "archivoSlot")->text(),
                      QStringLiteral("base.ifc"));
-        cargar("NUEVO", QStringLiteral("nueva.ifc"));
+        cargar("slotXOR_NUEVO", QStringLiteral("nueva.ifc"));
         QVERIFY(cv.modeloNuevo);
 
         QPushButton* comparar = nullptr;
-        QTRY_VERIFY((comparar = ventana.findChild<QPushButton*>(
-                         QStringLiteral("compararVersiones"))) != nullptr);
+        QTRY_VERIFY((comparar = hijo<QPushButton>(ventana, "compararVersiones")) != nullptr);
         QCOMPARE(comparar->text(), QStringLiteral("Comparar versiones"));
         comparar->click();
         QVERIFY(cv.xorActivo);
-        QLabel* agregados = nullptr;
-        QTRY_VERIFY((agregados = ventana.findChild<QLabel*>(QStringLiteral("xorAgregados"))) !=
-                    nullptr);
-        QCOMPARE(agregados->text(), QStringLiteral("1 agregados"));
-        QCOMPARE(ventana.findChild<QLabel*>(QStringLiteral("xorEliminados"))->text(),
-                 QStringLiteral("1 eliminados"));
-        QCOMPARE(ventana.findChild<QLabel*>(QStringLiteral("xorModificados"))->text(),
-                 QStringLiteral("0 modificados"));
-        QCOMPARE(ventana.findChild<QLabel*>(QStringLiteral("xorIguales"))->text(),
-                 QStringLiteral("1 sin cambios"));
+        QTRY_VERIFY(hijo(ventana, "xorAgregados"));
+        const std::pair<const char*, const char*> cuentas[] = {{"xorAgregados", "1 agregados"},
+                                                               {"xorEliminados", "1 eliminados"},
+                                                               {"xorModificados", "0 modificados"},
+                                                               {"xorIguales", "1 sin cambios"}};
+        for (const auto& [nombre, texto] : cuentas)
+            QCOMPARE(hijo<QLabel>(ventana, nombre)->text(), QString::fromUtf8(texto));
         QStringList leyenda;
         for (auto* l : ventana.findChildren<QLabel*>(QStringLiteral("leyendaXOR")))
             leyenda << l->text();
@@ -137,37 +127,27 @@ private slots:
         const QImage imagen = visor->grabFramebuffer();
         const QRgb verde = imagen.pixel(proyectar(visor, {3, 0, 3}));
         const QRgb rojo = imagen.pixel(proyectar(visor, {-3, 0, 3}));
-        QVERIFY2(qGreen(verde) > qRed(verde) + 60 && qGreen(verde) > qBlue(verde) + 60,
+        QVERIFY2(qGreen(verde) > qMax(qRed(verde), qBlue(verde)) + 60,
                  qPrintable(QString::number(verde, 16)));
-        QVERIFY2(qRed(rojo) > qGreen(rojo) + 80 && qRed(rojo) > qBlue(rojo) + 80,
+        QVERIFY2(qRed(rojo) > qMax(qGreen(rojo), qBlue(rojo)) + 80,
                  qPrintable(QString::number(rojo, 16)));
 
         // Reloading a slot while the comparison stands asks first.
-        ventana.findChild<QWidget*>(QStringLiteral("slotXOR_NUEVO"))
-            ->findChild<QPushButton*>(QStringLiteral("cargarSlot"))
-            ->click();
-        QMessageBox* recarga = esperarAlerta(ventana, QStringLiteral("alertaCargarXOR"));
-        QVERIFY(recarga);
-        QCOMPARE(recarga->windowTitle(), QStringLiteral("Cargar nuevo archivo"));
-        QCOMPARE(recarga->text(),
-                 QStringLiteral("Cargar un nuevo archivo en el slot \"Nueva\" borrará el resultado "
-                                "de comparación XOR actual. ¿Deseas continuar?"));
-        pulsar(recarga, QStringLiteral("Cancelar"));
-        QTRY_VERIFY(!cv.xorSlotPendienteCargar);
-        QVERIFY(cv.xorActivo);
+        hijo<QPushButton>(*hijo(ventana, "slotXOR_NUEVO"), "cargarSlot")->click();
+        responder(ventana, "alertaCargarXOR", QStringLiteral("Cargar nuevo archivo"),
+                  QStringLiteral("Cargar un nuevo archivo en el slot \"Nueva\" borrará el "
+                                 "resultado de comparación XOR actual. ¿Deseas continuar?"),
+                  QStringLiteral("Cancelar"));
+        QTRY_VERIFY(!cv.xorSlotPendienteCargar && cv.xorActivo);
 
         // "Limpiar XOR" asks, then ends the comparison.
-        ventana.findChild<QPushButton*>(QStringLiteral("limpiarXOR"))->click();
-        QMessageBox* limpiar = esperarAlerta(ventana, QStringLiteral("alertaLimpiarXOR"));
-        QVERIFY(limpiar);
-        QCOMPARE(limpiar->windowTitle(), QStringLiteral("Limpiar comparación XOR"));
-        QCOMPARE(
-            limpiar->text(),
-            QStringLiteral("Se eliminará el resultado de la comparación XOR activa. Los modelos "
-                           "base y nuevo permanecerán vinculados."));
-        pulsar(limpiar, QStringLiteral("Limpiar"));
+        hijo<QPushButton>(ventana, "limpiarXOR")->click();
+        responder(ventana, "alertaLimpiarXOR", QStringLiteral("Limpiar comparación XOR"),
+                  QStringLiteral("Se eliminará el resultado de la comparación XOR activa. Los "
+                                 "modelos base y nuevo permanecerán vinculados."),
+                  QStringLiteral("Limpiar"));
         QTRY_VERIFY(!cv.xorActivo);
-        QTRY_VERIFY(ventana.findChild<QPushButton*>(QStringLiteral("compararVersiones")));
+        QTRY_VERIFY(hijo(ventana, "compararVersiones"));
         QVERIFY(ventana.findChildren<QLabel*>(QStringLiteral("leyendaXOR")).isEmpty());
     }
 };
