@@ -159,8 +159,11 @@ TEST(EscenaThumbnail, lucesYCamara) {
     i.radio = 2.0;
     EscenaThumbnail t = escenaThumbnail(i, nullptr);
     std::map<TipoLuz, const Node*> luces; // one light of each kind
-    for (const auto& n : t.escena->rootNode()->childNodes())
-        if (n->light()) EXPECT_TRUE(luces.emplace(n->light()->tipo, n.get()).second);
+    for (const auto& n : t.escena->rootNode()->childNodes()) {
+        if (n->light()) {
+            EXPECT_TRUE(luces.emplace(n->light()->tipo, n.get()).second);
+        }
+    }
     ASSERT_EQ(luces.size(), 2u);
     const Node* dir = luces.at(TipoLuz::Direccional);
     EXPECT_FLOAT_EQ(dir->light()->intensidad, 900.0f);
