@@ -3,11 +3,9 @@
 #include "federation/ContentView.h"
 
 #include "federation/ConversionIFC.h"
+#include "federation/TrabajoSegundoPlano.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
-#include <QPointer>
-#include <QThreadPool>
 
 namespace teskal {
 
@@ -80,41 +78,32 @@ void ContentView::convertirYVincular(const std::string& ruta) {
         return;
     }
 
-    // The result comes back through the application object, so that a
-    // workspace that is gone by then is simply skipped.
-    QPointer<ContentView> destino(this);
-    QThreadPool::globalInstance()->start([trabajo, destino] {
-        auto resultado = std::make_shared<ResultadoConversion>(convertirIFC(trabajo));
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [resultado, destino, trabajo] {
-                if (!destino) return;
-                ContentView& cv = *destino;
-                if (auto* fallo = std::get_if<FalloConversion>(resultado.get())) {
-                    cv.isProcessing = false;
-                    switch (fallo->causa) {
-                    case FalloConversion::Causa::Copia:
-                        cv.mostrarError("No se pudo copiar el archivo al directorio temporal: " + fallo->descripcion);
-                        break;
-                    case FalloConversion::Causa::Lanzamiento:
-                        cv.mostrarError("No se pudo ejecutar IfcConvert: " + fallo->descripcion);
-                        break;
-                    case FalloConversion::Causa::Salida:
-                        cv.mostrarError("IfcConvert falló (código " + std::to_string(fallo->codigo) + "):\n" +
-                                        fallo->descripcion);
-                        break;
-                    case FalloConversion::Causa::Geometria:
-                        cv.mostrarError(
-                            "No se pudo cargar la geometría. El archivo generado puede estar vacío o corrupto.");
-                        break;
-                    }
-                    return;
-                }
-                cv.integrarModelo(std::move(std::get<ModeloConvertido>(*resultado)), trabajo.rutaOrigen,
-                                  trabajo.rutaSalida);
-            },
-            Qt::QueuedConnection);
-    });
+    enSegundoPlano(this, [trabajo] { return convertirIFC(trabajo); },
+                   [trabajo](ContentView& cv, ResultadoConversion resultado) {
+                       if (auto* fallo = std::get_if<FalloConversion>(&resultado)) {
+                           cv.isProcessing = false;
+                           switch (fallo->causa) {
+                           case FalloConversion::Causa::Copia:
+                               cv.mostrarError("No se pudo copiar el archivo al directorio temporal: " +
+                                               fallo->descripcion);
+                               break;
+                           case FalloConversion::Causa::Lanzamiento:
+                               cv.mostrarError("No se pudo ejecutar IfcConvert: " + fallo->descripcion);
+                               break;
+                           case FalloConversion::Causa::Salida:
+                               cv.mostrarError("IfcConvert falló (código " + std::to_string(fallo->codigo) +
+                                               "):\n" + fallo->descripcion);
+                               break;
+                           case FalloConversion::Causa::Geometria:
+                               cv.mostrarError("No se pudo cargar la geometría. El archivo generado puede estar "
+                                               "vacío o corrupto.");
+                               break;
+                           }
+                           return;
+                       }
+                       cv.integrarModelo(std::move(std::get<ModeloConvertido>(resultado)), trabajo.rutaOrigen,
+                                         trabajo.rutaSalida);
+                   });
 }
 
 } // namespace teskal

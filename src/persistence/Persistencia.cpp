@@ -3,12 +3,10 @@
 #include "federation/ContentView.h"
 
 #include "federation/ConversionIFC.h"
+#include "federation/TrabajoSegundoPlano.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QPointer>
-#include <QThreadPool>
 #include <QUuid>
 #include <filesystem>
 
@@ -173,23 +171,21 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
                 ruta = (std::filesystem::path(*carpetaBase) / *m.rutaRelativa).string();
             if (ruta.empty() || conversor.empty()) continue;
             TrabajoConversion t{ruta, conversor, rutaTemporalNueva(".obj"), false};
-            QPointer<ContentView> destino(this);
             const std::string clave = g.key;
             const ModeloGuardado guardado = m;
-            QThreadPool::globalInstance()->start([t, destino, clave, guardado] {
-                auto r = std::make_shared<ResultadoConversion>(convertirIFC(t));
-                std::error_code e;
-                std::filesystem::remove(t.rutaSalida, e);
-                if (!std::holds_alternative<ModeloConvertido>(*r)) return;
-                QMetaObject::invokeMethod(
-                    QCoreApplication::instance(),
-                    [r, destino, clave, guardado, ruta = t.rutaOrigen] {
-                        if (destino)
-                            destino->integrarModeloRestaurado(clave, guardado, ruta,
-                                                              std::move(std::get<ModeloConvertido>(*r)));
-                    },
-                    Qt::QueuedConnection);
-            });
+            // A restore shows no error: a model that does not come through is left out.
+            enSegundoPlano(
+                this,
+                [t] {
+                    ResultadoConversion r = convertirIFC(t);
+                    std::error_code e;
+                    std::filesystem::remove(t.rutaSalida, e);
+                    return r;
+                },
+                [clave, guardado, ruta = t.rutaOrigen](ContentView& cv, ResultadoConversion r) {
+                    if (auto* convertido = std::get_if<ModeloConvertido>(&r))
+                        cv.integrarModeloRestaurado(clave, guardado, ruta, std::move(*convertido));
+                });
         }
     }
 }
@@ -233,23 +229,20 @@ void ContentView::exportarPaqueteA(std::string ruta) {
         rutas.emplace_back();
         for (const auto& m : especialidades.at(g.key).modelos) rutas.back().push_back(m.rutaOrigen.value_or(""));
     }
-    QPointer<ContentView> destino(this);
-    QThreadPool::globalInstance()->start([ruta, proyecto = std::move(proyecto), rutas = std::move(rutas), destino] {
-        const std::string error = exportarPaquete(ruta, proyecto, rutas);
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [error, ruta, destino] {
-                if (!destino) return;
-                destino->isProcessing = false;
-                if (!error.empty()) {
-                    destino->mostrarError("Error al exportar el paquete: " + error);
-                    return;
-                }
-                destino->paqueteExportado = QFileInfo(QString::fromStdString(ruta)).fileName().toStdString();
-                emit destino->changed();
-            },
-            Qt::QueuedConnection);
-    });
+    enSegundoPlano(
+        this,
+        [ruta, proyecto = std::move(proyecto), rutas = std::move(rutas)] {
+            return exportarPaquete(ruta, proyecto, rutas);
+        },
+        [ruta](ContentView& cv, std::string error) {
+            cv.isProcessing = false;
+            if (!error.empty()) {
+                cv.mostrarError("Error al exportar el paquete: " + error);
+                return;
+            }
+            cv.paqueteExportado = QFileInfo(QString::fromStdString(ruta)).fileName().toStdString();
+            emit cv.changed();
+        });
 }
 
 void ContentView::cerrarAvisoPaquete() {
@@ -266,27 +259,20 @@ void ContentView::abrirPaqueteDe(const std::string& ruta) {
     }
     isProcessing = true;
     emit changed();
-    QPointer<ContentView> destino(this);
-    QThreadPool::globalInstance()->start([ruta, destino] {
-        auto r = std::make_shared<std::variant<std::pair<ProyectoTESKAL, std::string>, std::string>>(abrirPaquete(ruta));
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [r, ruta, destino] {
-                if (!destino) return;
-                destino->isProcessing = false;
-                if (auto* error = std::get_if<std::string>(r.get())) {
-                    destino->mostrarError("Error al abrir el paquete: " + *error);
-                    return;
-                }
-                // A package is no place to save to: the next save asks for a file.
-                destino->gestor.urlActual.reset();
-                destino->gestor.nombreProyecto =
-                    QFileInfo(QString::fromStdString(ruta)).completeBaseName().toStdString();
-                auto& [proyecto, carpeta] = std::get<0>(*r);
-                destino->restaurarProyecto(proyecto, carpeta);
-            },
-            Qt::QueuedConnection);
-    });
+    enSegundoPlano(this, [ruta] { return abrirPaquete(ruta); },
+                   [ruta](ContentView& cv, std::variant<std::pair<ProyectoTESKAL, std::string>, std::string> r) {
+                       cv.isProcessing = false;
+                       if (auto* error = std::get_if<std::string>(&r)) {
+                           cv.mostrarError("Error al abrir el paquete: " + *error);
+                           return;
+                       }
+                       // A package is no place to save to: the next save asks for a file.
+                       cv.gestor.urlActual.reset();
+                       cv.gestor.nombreProyecto =
+                           QFileInfo(QString::fromStdString(ruta)).completeBaseName().toStdString();
+                       auto& [proyecto, carpeta] = std::get<0>(r);
+                       cv.restaurarProyecto(proyecto, carpeta);
+                   });
 }
 
 void ContentView::abrirArchivoInicial(const std::string& ruta) {

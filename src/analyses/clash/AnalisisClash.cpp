@@ -4,10 +4,8 @@
 
 #include "analyses/clash/BusquedaInterferencias.h"
 #include "federation/TextoUTF8.h"
+#include "federation/TrabajoSegundoPlano.h"
 
-#include <QCoreApplication>
-#include <QPointer>
-#include <QThreadPool>
 #include <QUuid>
 #include <algorithm>
 #include <unordered_set>
@@ -92,18 +90,14 @@ void ContentView::iniciarDeteccion(const std::string& nombre, double tolerancia)
                 if (i.estado == EstadoClash::aprobado || i.estado == EstadoClash::resuelto)
                     excluidos.insert(clavePar(i.nombreA, i.nombreB));
 
-    QPointer<ContentView> destino(this);
-    QThreadPool::globalInstance()->start([candidatos, activos = std::move(activos),
-                                          excluidos = std::move(excluidos), nombre, tolerancia, destino] {
-        auto resultado = std::make_shared<std::vector<Interferencia>>(
-            buscarInterferencias(*candidatos, activos, excluidos, tolerancia));
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [resultado, nombre, tolerancia, destino] {
-                if (destino) destino->registrarAnalisis(nombre, std::move(*resultado), tolerancia);
-            },
-            Qt::QueuedConnection);
-    });
+    enSegundoPlano(
+        this,
+        [candidatos, activos = std::move(activos), excluidos = std::move(excluidos), tolerancia] {
+            return buscarInterferencias(*candidatos, activos, excluidos, tolerancia);
+        },
+        [nombre, tolerancia](ContentView& cv, std::vector<Interferencia> resultado) {
+            cv.registrarAnalisis(nombre, std::move(resultado), tolerancia);
+        });
 }
 
 void ContentView::registrarAnalisis(const std::string& nombre, std::vector<Interferencia> resultado,

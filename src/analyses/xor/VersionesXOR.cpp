@@ -4,12 +4,10 @@
 #include "federation/ContentView.h"
 
 #include "federation/ConversionIFC.h"
+#include "federation/TrabajoSegundoPlano.h"
 
-#include <QCoreApplication>
 #include <QDateTime>
 #include <QFileInfo>
-#include <QPointer>
-#include <QThreadPool>
 #include <QUuid>
 #include <filesystem>
 
@@ -82,27 +80,19 @@ void ContentView::cargarSlotXOR(const std::string& slot, const std::string& ruta
     emit changed();
 
     const std::string nombre = QFileInfo(QString::fromStdString(ruta)).fileName().toStdString();
-    QPointer<ContentView> destino(this);
-    QThreadPool::globalInstance()->start([trabajo, destino, slot, nombre] {
-        auto resultado = std::make_shared<ResultadoConversion>(convertirIFC(trabajo));
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [resultado, destino, trabajo, slot, nombre] {
-                if (!destino) return;
-                ContentView& cv = *destino;
-                if (const auto* fallo = std::get_if<FalloConversion>(resultado.get())) {
-                    cv.isProcessing = false;
-                    cv.mostrarError(textoFalloXOR(*fallo));
-                    return;
-                }
-                auto& convertido = std::get<ModeloConvertido>(*resultado);
-                cv.instalarSlotXOR(slot, std::move(convertido.modelo), nombre,
-                                   std::move(convertido.globalIds));
-                std::error_code ec;
-                std::filesystem::remove(trabajo.rutaSalida, ec);
-            },
-            Qt::QueuedConnection);
-    });
+    enSegundoPlano(this, [trabajo] { return convertirIFC(trabajo); },
+                   [trabajo, slot, nombre](ContentView& cv, ResultadoConversion resultado) {
+                       if (const auto* fallo = std::get_if<FalloConversion>(&resultado)) {
+                           cv.isProcessing = false;
+                           cv.mostrarError(textoFalloXOR(*fallo));
+                           return;
+                       }
+                       auto& convertido = std::get<ModeloConvertido>(resultado);
+                       cv.instalarSlotXOR(slot, std::move(convertido.modelo), nombre,
+                                          std::move(convertido.globalIds));
+                       std::error_code ec;
+                       std::filesystem::remove(trabajo.rutaSalida, ec);
+                   });
 }
 
 void ContentView::instalarSlotXOR(const std::string& slot, std::shared_ptr<Node> modelo,
