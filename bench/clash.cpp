@@ -31,7 +31,7 @@ std::vector<NodoBB> generar(std::size_t porEspecialidad, unsigned semilla) {
     c.reserve(porEspecialidad * 2);
     auto anadir = [&](const std::string& key, std::size_t i, glm::dvec3 min, glm::dvec3 tam) {
         // Boxes as the scene gives them: single-precision vertices.
-        c.push_back({nullptr, key, key + "-" + std::to_string(i), glm::dvec3(glm::vec3(min)),
+        c.push_back({nullptr, key, key + "-" + std::to_string(i), {}, glm::dvec3(glm::vec3(min)),
                      glm::dvec3(glm::vec3(min + tam))});
     };
     for (std::size_t i = 0; i < porEspecialidad; ++i) {

@@ -114,7 +114,7 @@ Generado generar(int n) {
     for (const auto& [modelo, clave] : {std::pair{modeloArq, "ARQ"}, std::pair{modeloMep, "MEP"}})
         for (const auto& e : modelo->childNodes()) {
             const Box b = e->boundingBox();
-            g.candidatos.push_back({e, clave, *e->name(), glm::dvec3(b.min), glm::dvec3(b.max)});
+            g.candidatos.push_back({e, clave, *e->name(), e->globalId(), glm::dvec3(b.min), glm::dvec3(b.max)});
         }
     return g;
 }

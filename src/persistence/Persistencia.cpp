@@ -28,11 +28,16 @@ ProyectoTESKAL ContentView::construirProyecto() const {
     }
     for (const auto& a : historialAnalisis) {
         AnalisisGuardado g{a.id, a.nombre, a.fecha, a.tolerancia, {}};
-        for (const auto& i : a.interferencias)
+        for (const auto& i : a.interferencias) {
+            auto opcional = [](const std::string& t) {
+                return t.empty() ? std::nullopt : std::optional<std::string>(t);
+            };
             g.interferencias.push_back({i.id, i.nombreA, i.especialidadA, i.nombreB, i.especialidadB,
                                         std::string(textoEstado(i.estado)), i.viewpointPos.x, i.viewpointPos.y,
                                         i.viewpointPos.z, i.viewpointTarget.x, i.viewpointTarget.y,
-                                        i.viewpointTarget.z, i.radio});
+                                        i.viewpointTarget.z, i.radio, opcional(i.globalIdA),
+                                        opcional(i.globalIdB)});
+        }
         p.historialAnalisis.push_back(std::move(g));
     }
     p.timeLiner = timeLiner;
@@ -142,6 +147,8 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
             i.especialidadB = s.especialidadB;
             i.nombreA = s.nombreA;
             i.nombreB = s.nombreB;
+            i.globalIdA = s.globalIdA.value_or("");
+            i.globalIdB = s.globalIdB.value_or("");
             i.viewpointPos = {s.vpPosX, s.vpPosY, s.vpPosZ};
             i.viewpointTarget = {s.vpTgtX, s.vpTgtY, s.vpTgtZ};
             i.radio = s.radio;

@@ -28,7 +28,7 @@ QJsonObject aJson(const EspecialidadGuardada& e) {
 }
 
 QJsonObject aJson(const InterferenciaGuardada& i) {
-    return {{"id", jsonUuid(i.id)},
+    QJsonObject o{{"id", jsonUuid(i.id)},
             {"nombreA", jsonTexto(i.nombreA)},
             {"especialidadA", jsonTexto(i.especialidadA)},
             {"nombreB", jsonTexto(i.nombreB)},
@@ -41,6 +41,9 @@ QJsonObject aJson(const InterferenciaGuardada& i) {
             {"vpTgtY", i.vpTgtY},
             {"vpTgtZ", i.vpTgtZ},
             {"radio", i.radio}};
+    if (i.globalIdA) o[QStringLiteral("globalIdA")] = jsonTexto(*i.globalIdA);
+    if (i.globalIdB) o[QStringLiteral("globalIdB")] = jsonTexto(*i.globalIdB);
+    return o;
 }
 
 QJsonObject aJson(const AnalisisGuardado& a) {
@@ -74,6 +77,8 @@ ResultadoJson<InterferenciaGuardada> interferenciaDesdeJson(const QJsonValue& v,
                             l.texto("especialidadB"), l.texto("estado"), l.numero("vpPosX"),      l.numero("vpPosY"),
                             l.numero("vpPosZ"),    l.numero("vpTgtX"), l.numero("vpTgtY"),       l.numero("vpTgtZ"),
                             l.numero("radio")};
+    i.globalIdA = l.textoOpcional("globalIdA");
+    i.globalIdB = l.textoOpcional("globalIdB");
     return l.resultado(std::move(i));
 }
 

@@ -42,6 +42,9 @@ struct InterferenciaGuardada {
     double vpPosX = 0, vpPosY = 0, vpPosZ = 0;
     double vpTgtX = 0, vpTgtY = 0, vpTgtZ = 0;
     double radio = 0;
+    // The elements' GlobalIds, absent in documents that predate them or when
+    // the converter gave none.
+    std::optional<std::string> globalIdA, globalIdB;
     friend bool operator==(const InterferenciaGuardada&, const InterferenciaGuardada&) = default;
 };
 

@@ -4,6 +4,7 @@ namespace teskal {
 
 std::shared_ptr<Node> clonarNodo(const Node& original) {
     auto copia = Node::crear(original.name());
+    copia->setIdentidadIFC(original.globalId(), original.claseIFC());
     copia->setGeometry(original.geometry());
     copia->setPosition(original.position());
     copia->setEulerAngles(original.eulerAngles());

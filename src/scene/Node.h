@@ -28,6 +28,17 @@ public:
         return name_ && std::string_view(*name_).substr(0, prefijo.size()) == prefijo;
     }
 
+    // The IFC element this node draws: its GlobalId and its class in the
+    // schema's spelling (IfcWallStandardCase), as the converter reported them.
+    // Empty when the converter gave no identity (then the element is known by
+    // its name alone).
+    const std::string& globalId() const { return globalId_; }
+    const std::string& claseIFC() const { return claseIFC_; }
+    void setIdentidadIFC(std::string globalId, std::string clase) {
+        globalId_ = std::move(globalId);
+        claseIFC_ = std::move(clase);
+    }
+
     const std::vector<std::shared_ptr<Node>>& childNodes() const { return hijos_; }
     std::shared_ptr<Node> parent() const { return padre_.lock(); }
     void addChildNode(std::shared_ptr<Node> hijo);
@@ -91,6 +102,8 @@ private:
     void tocarEstructura();
 
     std::optional<std::string> name_;
+    std::string globalId_;
+    std::string claseIFC_;
     std::vector<std::shared_ptr<Node>> hijos_;
     std::weak_ptr<Node> padre_;
     std::shared_ptr<Geometry> geometria_;

@@ -20,7 +20,7 @@ using teskal::pruebas::esperarHasta;
 namespace {
 
 NodoBB caja(const std::string& key, const std::string& nombre, glm::dvec3 min, glm::dvec3 max) {
-    return {Node::crear(nombre), key, nombre, min, max};
+    return {Node::crear(nombre), key, nombre, {}, min, max};
 }
 
 void mismoResultado(const std::vector<Interferencia>& a, const std::vector<Interferencia>& b) {

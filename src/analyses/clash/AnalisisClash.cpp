@@ -68,7 +68,8 @@ std::vector<NodoBB> ContentView::candidatosInterferencia() const {
             if (!n.geometry()) return;
             const Box b = n.boundingBox();
             if (!(b.max.x > b.min.x || b.max.y > b.min.y || b.max.z > b.min.z)) return;
-            candidatos.push_back({n.shared_from_this(), especialidad, n.name().value_or("sin nombre"), glm::dvec3(b.min),
+            candidatos.push_back({n.shared_from_this(), especialidad, n.name().value_or("sin nombre"), n.globalId(),
+                                  glm::dvec3(b.min),
                                   glm::dvec3(b.max)});
         });
     }

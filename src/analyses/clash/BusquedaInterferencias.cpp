@@ -69,6 +69,8 @@ Interferencia construir(const NodoBB& a, const NodoBB& b, const std::string& key
     i.especialidadB = keyB;
     i.nombreA = a.nombre;
     i.nombreB = b.nombre;
+    i.globalIdA = a.globalId;
+    i.globalIdB = b.globalId;
     i.estado = EstadoClash::abierto;
     return i;
 }

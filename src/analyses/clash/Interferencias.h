@@ -23,6 +23,7 @@ struct NodoBB {
     std::shared_ptr<Node> node;
     std::string key;
     std::string nombre;
+    std::string globalId; // empty when the converter gave none
     glm::dvec3 bbMin{0.0};
     glm::dvec3 bbMax{0.0};
 };
@@ -33,6 +34,9 @@ struct Interferencia {
     std::shared_ptr<Node> nodoA, nodoB;
     std::string especialidadA, especialidadB; // discipline keys
     std::string nombreA, nombreB;
+    // The elements' GlobalIds, empty when the converter gave none; they
+    // outlive the nodes in the project document.
+    std::string globalIdA, globalIdB;
     glm::dvec3 viewpointPos{0.0};
     glm::dvec3 viewpointTarget{0.0};
     double radio = 0.5;
