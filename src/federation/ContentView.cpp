@@ -49,6 +49,19 @@ const ModeloVinculado* ContentView::buscarModelo(const std::string& clave, const
     return nullptr;
 }
 
+const PropiedadesElemento* ContentView::propiedadesDe(const Node& nodo) const {
+    const std::string clave = claveDeNodo(nodo);
+    // An element with a GlobalId shows only its own entry: the entry of its
+    // name may belong to another element of the same name.
+    const bool porGlobalId = !nodo.globalId().empty();
+    const auto& indice = porGlobalId ? propiedadesPorGlobalId : propiedadesIFC;
+    const auto esp = indice.find(clave);
+    if (esp == indice.end()) return nullptr;
+    if (!porGlobalId && !nodo.name()) return nullptr;
+    const auto entrada = esp->second.find(porGlobalId ? nodo.globalId() : *nodo.name());
+    return entrada == esp->second.end() ? nullptr : &entrada->second;
+}
+
 ModeloVinculado* ContentView::buscarModeloMutable(const std::string& clave, const std::string& id) {
     return const_cast<ModeloVinculado*>(buscarModelo(clave, id));
 }
@@ -137,6 +150,7 @@ void ContentView::desvincularTodos(const std::string& clave) {
     e.modelos.clear();
     e.isVisible = true;
     propiedadesIFC.erase(clave);
+    propiedadesPorGlobalId.erase(clave);
     limpiarInterferencias();
     emit changed();
 }

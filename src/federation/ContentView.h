@@ -59,6 +59,8 @@ public:
     std::map<std::string, EspecialidadBIM> especialidades = especialidadesPorDefecto();
     std::string seleccionActual = "ARQ";
     PropiedadesPorEspecialidad propiedadesIFC;
+    // Discipline key to GlobalId to the properties of that one element.
+    PropiedadesPorEspecialidad propiedadesPorGlobalId;
     std::map<std::string, GlobalIdsPorNombre> globalIdsPorEsp; // no path fills it
     GlobalIdsPorNombre globalIdXorBase, globalIdXorNuevo;
     std::vector<EjeGrilla> grillasIFC;
@@ -244,6 +246,9 @@ public:
 
     // Lookups the window and tests share.
     const ModeloVinculado* buscarModelo(const std::string& clave, const std::string& id) const;
+    // The IFC properties of an element node: its own, by GlobalId, when the
+    // node has one; by name otherwise. Null when there are none.
+    const PropiedadesElemento* propiedadesDe(const Node& nodo) const;
     bool hayModelos() const;
     // The centre and size the camera frames for the whole scene, the floor
     // left out; none for an empty scene.

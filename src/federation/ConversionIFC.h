@@ -25,7 +25,8 @@ struct TrabajoConversion {
 // A model that came through: geometry, properties and grid axes.
 struct ModeloConvertido {
     std::shared_ptr<Node> modelo;
-    PropiedadesModelo propiedades;
+    PropiedadesModelo propiedades;           // by element Name
+    PropiedadesModelo propiedadesPorGlobalId; // each element's own, by GlobalId
     std::vector<EjeGrilla> grillas;
     GlobalIdsPorNombre globalIds;
 };

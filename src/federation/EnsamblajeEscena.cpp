@@ -80,6 +80,7 @@ void ContentView::integrarModelo(ModeloConvertido convertido, const std::string&
         return;
     }
     fusionarPropiedades(propiedadesIFC[clave], std::move(convertido.propiedades));
+    fusionarPropiedades(propiedadesPorGlobalId[clave], std::move(convertido.propiedadesPorGlobalId));
 
     EspecialidadBIM& esp = itEsp->second;
     if (!esp.nodoRaiz) {

@@ -124,6 +124,7 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
     historialAnalisis.clear();
     analisisExpandidos.clear();
     propiedadesIFC.clear();
+    propiedadesPorGlobalId.clear();
     ordenEspecialidades = p.ordenEspecialidades;
     especialidades.clear();
     for (const auto& g : p.especialidades) {
@@ -202,6 +203,7 @@ void ContentView::integrarModeloRestaurado(const std::string& clave, const Model
     const auto it = especialidades.find(clave);
     if (it == especialidades.end()) return;
     fusionarPropiedades(propiedadesIFC[clave], std::move(convertido.propiedades));
+    fusionarPropiedades(propiedadesPorGlobalId[clave], std::move(convertido.propiedadesPorGlobalId));
     EspecialidadBIM& esp = it->second;
     if (!esp.nodoRaiz) {
         esp.nodoRaiz = Node::crear("esp_" + clave);

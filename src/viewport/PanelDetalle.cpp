@@ -53,13 +53,11 @@ std::vector<FilaDetalle> filasDetalle(const ContentView& cv, const Node& nodo) {
     filas.push_back({"Vol. aprox. (m³)", formato("%.4f", static_cast<double>(w) * h * d)});
     filas.push_back({"Interferencia", cv.enInterferencia(nodo) ? "Colisión detectada" : "Sin conflictos"});
 
-    const auto props = cv.propiedadesIFC.find(clave);
-    if (props == cv.propiedadesIFC.end() || !nodo.name()) return filas;
-    const auto entrada = props->second.find(*nodo.name());
-    if (entrada == props->second.end() || entrada->second.empty()) return filas;
+    const PropiedadesElemento* propiedades = cv.propiedadesDe(nodo);
+    if (!propiedades || propiedades->empty()) return filas;
     filas.push_back({"── Propiedades IFC ──", ""});
     // The entry is an ordered map: its keys come in ascending text order.
-    for (const auto& [k, v] : entrada->second) filas.push_back({k, v});
+    for (const auto& [k, v] : *propiedades) filas.push_back({k, v});
     return filas;
 }
 
