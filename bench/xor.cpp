@@ -121,7 +121,7 @@ ResultadoLiteral compararLiteral(Node& base, Node& nuevo, const GlobalIdsPorNomb
     const auto fila = [&](const Node& nodo, TipoCambioXOR t, DeltasXOR d) {
         const auto p = partesNombre(nodo.name() ? *nodo.name() : std::string());
         r.filas.push_back({"", std::string(p.nombre), std::string(p.tipoIFC), t, float(d.posicion),
-                           float(d.tamano)});
+                           float(d.tamano), nodo.globalId()});
     };
     for (const auto& k : agregados) fila(*mn.at(k), TipoCambioXOR::agregado, {});
     for (const auto& k : eliminados) fila(*mb.at(k), TipoCambioXOR::eliminado, {});

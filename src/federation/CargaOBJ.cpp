@@ -19,6 +19,7 @@ namespace {
 // One group of the file: its name and its faces, as a range of the face list.
 struct GrupoOBJ {
     std::string nombre;
+    std::int64_t linea = -1; // which "g" or "o" line of the reading opened it; -1 before any
     std::size_t primeraCara = 0;
     std::size_t finCaras = 0;
     std::size_t primeraEsquina = 0;
@@ -36,6 +37,7 @@ struct LecturaOBJ {
     bool hayNormales = false;
     std::vector<std::uint32_t> esquinasPorCara;
     std::vector<GrupoOBJ> grupos; // closed, with faces
+    std::int64_t lineasGrupo = 0; // "g" and "o" lines read
     GrupoOBJ abierto;             // the group still open at the end of the text
     // A piece that continues the text before it begins inside that text's
     // open group: its faces before its first "g" or "o" line (all of them
@@ -277,7 +279,7 @@ void reservar(LecturaOBJ& l, double factor) {
 // the new name (a group without faces is thus renamed). With `continua`, the
 // text is a piece that continues another and begins inside its open group.
 void leer(std::string_view texto, LecturaOBJ& l, bool continua) {
-    GrupoOBJ actual{"default", 0, 0, 0};
+    GrupoOBJ actual{"default", -1, 0, 0, 0};
     l.abiertoPropio = !continua;
 
     const char* p = texto.data();
@@ -327,6 +329,7 @@ void leer(std::string_view texto, LecturaOBJ& l, bool continua) {
                 l.grupos.push_back(std::move(actual));
             }
             actual.nombre = std::move(nombre);
+            actual.linea = l.lineasGrupo++;
             actual.primeraCara = l.esquinasPorCara.size();
             actual.primeraEsquina = l.esquinaVertice.size();
         }
@@ -348,6 +351,7 @@ struct TramoOBJ {
 // from the first piece of the text into the second.
 struct GrupoFinal {
     const std::string* nombre = nullptr;
+    std::int64_t linea = -1; // its "g" or "o" line in the whole file
     TramoOBJ tramos[2];
     int numeroTramos = 0;
     std::size_t caras = 0; // its work, to share it out
@@ -372,6 +376,8 @@ std::vector<GrupoFinal> gruposFinales(const LecturaOBJ& a, const LecturaOBJ* b) 
     auto anadir = [&](const LecturaOBJ& l, const GrupoOBJ& g) {
         GrupoFinal f;
         f.nombre = &g.nombre;
+        // The second piece counts its group lines from its own start.
+        f.linea = g.linea < 0 || &l == &a ? g.linea : g.linea + a.lineasGrupo;
         f.tramos[0] = {&l, g.primeraCara, g.finCaras, g.primeraEsquina};
         f.numeroTramos = 1;
         f.caras = g.finCaras - g.primeraCara;
@@ -381,6 +387,7 @@ std::vector<GrupoFinal> gruposFinales(const LecturaOBJ& a, const LecturaOBJ* b) 
     for (const GrupoOBJ& g : a.grupos) anadir(a, g);
     GrupoFinal unido;
     unido.nombre = &a.abierto.nombre;
+    unido.linea = a.abierto.linea;
     if (a.abierto.finCaras > a.abierto.primeraCara) {
         unido.tramos[unido.numeroTramos++] = {&a, a.abierto.primeraCara, a.abierto.finCaras,
                                               a.abierto.primeraEsquina};
@@ -543,31 +550,78 @@ std::shared_ptr<Node> construirModelo(const std::vector<GrupoFinal>& grupos,
     return raiz;
 }
 
+// One line of the converter's identities: the GlobalId, IFC class and name
+// of the element of one group line, in the order of the group lines.
+struct IdentidadGrupo {
+    std::string_view globalId, clase, nombre;
+};
+
+std::vector<IdentidadGrupo> leerIdentidades(std::string_view texto) {
+    std::vector<IdentidadGrupo> r;
+    while (!texto.empty()) {
+        const std::size_t nl = texto.find('\n');
+        std::string_view linea = texto.substr(0, nl);
+        texto.remove_prefix(nl == std::string_view::npos ? texto.size() : nl + 1);
+        if (!linea.empty() && linea.back() == '\r') linea.remove_suffix(1);
+        IdentidadGrupo id;
+        const std::size_t t1 = linea.find('\t');
+        const std::size_t t2 = t1 == std::string_view::npos ? t1 : linea.find('\t', t1 + 1);
+        if (t2 != std::string_view::npos) // a line without its three fields names nobody
+            id = {linea.substr(0, t1), linea.substr(t1 + 1, t2 - t1 - 1), linea.substr(t2 + 1)};
+        r.push_back(id);
+    }
+    return r;
+}
+
+// Gives each element node the identity of its group line. A group whose
+// name is not the name on that line (a file that does not match its
+// identities, or a name that broke the OBJ line) gets none and is known by
+// its name alone: an element never takes another's identity.
+void asignarIdentidades(Node& raiz, const std::vector<GrupoFinal>& grupos, std::string_view texto) {
+    if (texto.empty() || !esUTF8Valido(texto)) return;
+    const std::vector<IdentidadGrupo> ids = leerIdentidades(texto);
+    const auto& nodos = raiz.childNodes();
+    for (std::size_t i = 0; i < grupos.size() && i < nodos.size(); ++i) {
+        const std::int64_t linea = grupos[i].linea;
+        if (linea < 0 || static_cast<std::uint64_t>(linea) >= ids.size()) continue;
+        const IdentidadGrupo& id = ids[static_cast<std::size_t>(linea)];
+        const std::string_view nombre = recortar(id.nombre);
+        const bool mismo = nombre == *grupos[i].nombre || (nombre.empty() && *grupos[i].nombre == "default");
+        if (!mismo || id.globalId.empty()) continue;
+        nodos[i]->setIdentidadIFC(std::string(id.globalId), std::string(id.clase));
+    }
+}
+
 // Texts from this size up are read in two pieces at once.
 constexpr std::size_t tamanoParaDosHilos = 4u << 20;
 
-std::shared_ptr<Node> cargarEnUnaParte(std::string_view texto) {
+std::shared_ptr<Node> cargarEnUnaParte(std::string_view texto, std::string_view identidades) {
     LecturaOBJ lectura;
     leer(texto, lectura, false);
     const std::vector<GrupoFinal> grupos = gruposFinales(lectura, nullptr);
     if (grupos.empty()) return nullptr;
     const std::vector<glm::vec3> ninguno;
-    return construirModelo(grupos, {&lectura.vertices, &ninguno}, {&lectura.normales, &ninguno},
-                           false);
+    auto raiz = construirModelo(grupos, {&lectura.vertices, &ninguno}, {&lectura.normales, &ninguno},
+                                false);
+    asignarIdentidades(*raiz, grupos, identidades);
+    return raiz;
 }
 
-std::shared_ptr<Node> cargarEnDosPartes(std::string_view texto, std::size_t corte) {
+std::shared_ptr<Node> cargarEnDosPartes(std::string_view texto, std::size_t corte,
+                                        std::string_view identidades) {
     // The second piece begins after the first line end at or after the cut.
     const std::size_t nl = corte < texto.size() ? texto.find('\n', corte) : std::string_view::npos;
-    if (nl == std::string_view::npos || nl + 1 == texto.size()) return cargarEnUnaParte(texto);
+    if (nl == std::string_view::npos || nl + 1 == texto.size()) return cargarEnUnaParte(texto, identidades);
     LecturaOBJ primera;
     LecturaOBJ segunda;
     enParalelo([&] { leer(texto.substr(nl + 1), segunda, true); },
                [&] { leer(texto.substr(0, nl + 1), primera, false); });
     const std::vector<GrupoFinal> grupos = gruposFinales(primera, &segunda);
     if (grupos.empty()) return nullptr;
-    return construirModelo(grupos, {&primera.vertices, &segunda.vertices},
-                           {&primera.normales, &segunda.normales}, true);
+    auto raiz = construirModelo(grupos, {&primera.vertices, &segunda.vertices},
+                                {&primera.normales, &segunda.normales}, true);
+    asignarIdentidades(*raiz, grupos, identidades);
+    return raiz;
 }
 
 } // namespace
@@ -580,22 +634,31 @@ std::shared_ptr<Material> materialPorDefectoOBJ(bool dobleCara) {
     return m;
 }
 
-std::shared_ptr<Node> cargarOBJTexto(std::string_view texto) {
-    if (texto.empty() || !esUTF8Valido(texto)) return nullptr;
-    if (texto.size() >= tamanoParaDosHilos && std::thread::hardware_concurrency() >= 2)
-        return cargarEnDosPartes(texto, texto.size() / 2);
-    return cargarEnUnaParte(texto);
+std::string rutaIdentidadesOBJ(const std::string& rutaOBJ) {
+    const std::size_t punto = rutaOBJ.rfind('.');
+    const std::size_t barra = rutaOBJ.rfind('/');
+    const bool conExtension = punto != std::string::npos && (barra == std::string::npos || punto > barra);
+    return (conExtension ? rutaOBJ.substr(0, punto) : rutaOBJ) + ".ids";
 }
 
-std::shared_ptr<Node> cargarOBJTextoEnDosPartes(std::string_view texto, std::size_t corte) {
+std::shared_ptr<Node> cargarOBJTexto(std::string_view texto, std::string_view identidades) {
     if (texto.empty() || !esUTF8Valido(texto)) return nullptr;
-    return cargarEnDosPartes(texto, corte);
+    if (texto.size() >= tamanoParaDosHilos && std::thread::hardware_concurrency() >= 2)
+        return cargarEnDosPartes(texto, texto.size() / 2, identidades);
+    return cargarEnUnaParte(texto, identidades);
+}
+
+std::shared_ptr<Node> cargarOBJTextoEnDosPartes(std::string_view texto, std::size_t corte,
+                                                std::string_view identidades) {
+    if (texto.empty() || !esUTF8Valido(texto)) return nullptr;
+    return cargarEnDosPartes(texto, corte, identidades);
 }
 
 std::shared_ptr<Node> cargarOBJ(const std::string& ruta) {
     const ArchivoMapeado archivo(ruta);
     if (!archivo.abierto()) return nullptr;
-    return cargarOBJTexto(archivo.texto());
+    const ArchivoMapeado identidades(rutaIdentidadesOBJ(ruta));
+    return cargarOBJTexto(archivo.texto(), identidades.texto());
 }
 
 void normalizarMateriales(Node& modelo) {

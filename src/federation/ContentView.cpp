@@ -1,16 +1,45 @@
 #include "federation/ContentView.h"
 
+#include "federation/ConversionIFC.h"
 #include "federation/TextoUTF8.h"
 
+#include <QThreadPool>
 #include <algorithm>
 #include <glm/gtc/constants.hpp>
 
 namespace teskal {
 
 ContentView::ContentView(std::string carpetaPrograma, QObject* parent)
-    : QObject(parent), carpetaPrograma_(std::move(carpetaPrograma)) {}
+    : QObject(parent), limiteConversionMinutos(limiteMinutosConversion()),
+      carpetaPrograma_(std::move(carpetaPrograma)) {}
 
-ContentView::~ContentView() = default;
+ContentView::~ContentView() { detenerTrabajos(); }
+
+void ContentView::prepararConversion(TrabajoConversion& trabajo) const {
+    trabajo.cancelar = cancelacionVinculos_;
+    trabajo.limiteMinutos = limiteConversionMinutos;
+}
+
+void ContentView::prepararRestauracion(TrabajoConversion& trabajo) const {
+    trabajo.cancelar = cancelacionRestauracion_;
+    trabajo.limiteMinutos = limiteConversionMinutos;
+}
+
+void ContentView::cancelarConversion() {
+    cancelacionVinculos_->store(true);
+    cancelacionVinculos_ = std::make_shared<std::atomic<bool>>(false);
+    isProcessing = false;
+    emit changed();
+}
+
+void ContentView::detenerTrabajos() {
+    cancelacionVinculos_->store(true);
+    cancelacionRestauracion_->store(true);
+    QThreadPool::globalInstance()->waitForDone();
+    cancelacionVinculos_ = std::make_shared<std::atomic<bool>>(false);
+    cancelacionRestauracion_ = std::make_shared<std::atomic<bool>>(false);
+    isProcessing = false;
+}
 
 void ContentView::mostrarError(std::string mensaje) {
     errorMessage = std::move(mensaje);

@@ -13,6 +13,7 @@
 
 #include <QJsonObject>
 #include <QObject>
+#include <atomic>
 #include <map>
 #include <set>
 #include <memory>
@@ -23,6 +24,7 @@
 namespace teskal {
 
 struct ModeloConvertido;
+struct TrabajoConversion;
 
 // A model named by its discipline and id, with its name for the alert.
 struct ReferenciaModelo {
@@ -133,6 +135,16 @@ public:
 
     // The converter the links run; found beside the program at start-up.
     std::string rutaConversor;
+    // A conversion that runs longer is ended ("conversion/limiteMinutos").
+    double limiteConversionMinutos = 30;
+
+    // "Cancelar" on the progress overlay: ends the conversions of links and
+    // comparison versions under way, and removes their temporary files.
+    void cancelarConversion();
+    // Quitting: ends every conversion, restores included, and waits for the
+    // background work to finish, so no child process and no temporary file
+    // outlives the workbench.
+    void detenerTrabajos();
 
     // The one error channel: a complete sentence, then the alert.
     void mostrarError(std::string mensaje);
@@ -238,7 +250,11 @@ public:
     void abrirArchivoInicial(const std::string& ruta);
 
     // Scene assembly.
-    void integrarModelo(ModeloConvertido convertido, const std::string& rutaOrigen, const std::string& rutaSalida);
+    // The model goes to the discipline `clave`, the one chosen when its file
+    // was picked, and is named after its file; with none given, it goes to
+    // the selected discipline under `fileName`.
+    void integrarModelo(ModeloConvertido convertido, const std::string& rutaOrigen, const std::string& rutaSalida,
+                        const std::optional<std::string>& clave = std::nullopt);
     void recolorearModelos();
     void reconstruirGrillas();
     void actualizarPiso();
@@ -268,6 +284,14 @@ private:
     void limpiarResaltado();
 
     std::string carpetaPrograma_;
+    // One token per generation of conversions: a cancel sets it and starts
+    // a new one, so conversions started afterwards run on.
+    std::shared_ptr<std::atomic<bool>> cancelacionVinculos_ = std::make_shared<std::atomic<bool>>(false);
+    std::shared_ptr<std::atomic<bool>> cancelacionRestauracion_ = std::make_shared<std::atomic<bool>>(false);
+
+    // Fills the cancel token and time limit of a link or comparison version.
+    void prepararConversion(TrabajoConversion& trabajo) const;
+    void prepararRestauracion(TrabajoConversion& trabajo) const;
 };
 
 } // namespace teskal

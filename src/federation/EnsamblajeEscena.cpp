@@ -6,6 +6,7 @@
 #include "scene/Orientacion.h"
 
 #include <QTimer>
+#include <QFileInfo>
 #include <QUuid>
 #include <algorithm>
 #include <cmath>
@@ -70,9 +71,8 @@ void ContentView::pintarModelo(const ModeloVinculado& m, const Color& color, boo
 }
 
 void ContentView::integrarModelo(ModeloConvertido convertido, const std::string& rutaOrigen,
-                                 const std::string& rutaSalida) {
-    // The discipline selected now, not when the file was chosen.
-    const std::string clave = seleccionActual;
+                                 const std::string& rutaSalida, const std::optional<std::string>& claveVinculo) {
+    const std::string clave = claveVinculo.value_or(seleccionActual);
     auto itEsp = especialidades.find(clave);
     if (itEsp == especialidades.end()) {
         isProcessing = false;
@@ -89,7 +89,9 @@ void ContentView::integrarModelo(ModeloConvertido convertido, const std::string&
     }
     ModeloVinculado modelo;
     modelo.id = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
-    modelo.nombre = fileName;
+    // A link names the model after its own file: with links in parallel,
+    // fileName holds the last one chosen.
+    modelo.nombre = claveVinculo ? QFileInfo(QString::fromStdString(rutaOrigen)).fileName().toStdString() : fileName;
     modelo.nodo = convertido.modelo;
     modelo.rutaOrigen = rutaOrigen;
     esp.modelos.push_back(modelo);

@@ -68,7 +68,11 @@ void ContentView::convertirYVincular(const std::string& ruta) {
     isProcessing = true;
     emit changed();
 
+    // The model goes to the discipline chosen with the file, whatever is
+    // selected when the conversion ends.
+    const std::string clave = seleccionActual;
     TrabajoConversion trabajo;
+    prepararConversion(trabajo);
     trabajo.rutaOrigen = ruta;
     trabajo.rutaSalida = rutaTemporalNueva(".obj");
     trabajo.rutaConversor = rutaConversor.empty() ? buscarConversor(carpetaPrograma_) : rutaConversor;
@@ -79,8 +83,12 @@ void ContentView::convertirYVincular(const std::string& ruta) {
     }
 
     enSegundoPlano(this, [trabajo] { return convertirIFC(trabajo); },
-                   [trabajo](ContentView& cv, ResultadoConversion resultado) {
+                   [trabajo, clave, limite = trabajo.limiteMinutos](ContentView& cv,
+                                                                     ResultadoConversion resultado) {
                        if (auto* fallo = std::get_if<FalloConversion>(&resultado)) {
+                           // A cancel has already cleared the overlay; later
+                           // conversions may be running.
+                           if (fallo->causa == FalloConversion::Causa::Cancelada) return;
                            cv.isProcessing = false;
                            switch (fallo->causa) {
                            case FalloConversion::Causa::Copia:
@@ -98,11 +106,19 @@ void ContentView::convertirYVincular(const std::string& ruta) {
                                cv.mostrarError("No se pudo cargar la geometría. El archivo generado puede estar "
                                                "vacío o corrupto.");
                                break;
+                           case FalloConversion::Causa::SinGeometria:
+                               cv.mostrarError("El archivo no contiene geometría que se pueda mostrar");
+                               break;
+                           case FalloConversion::Causa::TiempoAgotado:
+                               cv.mostrarError(textoLimiteConversion(limite));
+                               break;
+                           case FalloConversion::Causa::Cancelada:
+                               break;
                            }
                            return;
                        }
                        cv.integrarModelo(std::move(std::get<ModeloConvertido>(resultado)), trabajo.rutaOrigen,
-                                         trabajo.rutaSalida);
+                                         trabajo.rutaSalida, clave);
                    });
 }
 

@@ -178,7 +178,12 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
                      std::filesystem::is_regular_file(std::filesystem::path(*carpetaBase) / *m.rutaRelativa, ec))
                 ruta = (std::filesystem::path(*carpetaBase) / *m.rutaRelativa).string();
             if (ruta.empty() || conversor.empty()) continue;
-            TrabajoConversion t{ruta, conversor, rutaTemporalNueva(".obj"), false};
+            TrabajoConversion t;
+            t.rutaOrigen = ruta;
+            t.rutaConversor = conversor;
+            t.rutaSalida = rutaTemporalNueva(".obj");
+            t.leerGrillas = false;
+            prepararRestauracion(t);
             const std::string clave = g.key;
             const ModeloGuardado guardado = m;
             // A restore shows no error: a model that does not come through is left out.

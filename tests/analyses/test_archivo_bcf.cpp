@@ -55,7 +55,7 @@ std::string guidEn(const std::string& texto, const QString& atributo) {
 
 Interferencia interferencia(std::string id, std::string nombreA = "A", std::string nombreB = "B") {
     return {std::move(id),   {},       {}, "ARQ", "MEP", std::move(nombreA), std::move(nombreB),
-            {3.25, -4.5, 6}, {1, 1, 1}};
+            {3.25, -4.5, 6}, {1, 1, 1}, 0.5, EstadoClash::abierto, {}, {}};
 }
 
 BCFExporter exportador(std::string nombre, std::vector<Interferencia> lista) {

@@ -215,6 +215,53 @@ TEST(CargaOBJ, ReadsAFileAndGivesNothingForUnreadableOnes) {
     EXPECT_EQ(cargarOBJ(dir.ruta()), nullptr);
 }
 
+TEST(CargaOBJ, EachElementTakesTheIdentityOfItsOwnGroupLine) {
+    const std::string obj = "v 0 0 0\nv 1 0 0\nv 0 1 0\n"
+                            "g Muro\nf 1 2 3\n"   // line 0
+                            "g Muro\nf 1 2 3\n"   // line 1: same name, its own identity
+                            "g Hueco\n"           // line 2: no faces, renamed by the next
+                            "g\nf 1 2 3\n"        // line 3: an element without a Name
+                            "g Losa\nf 1 2 3\n"   // line 4: its line names another element
+                            "g Viga\nf 1 2 3\n";  // line 5: no line at all
+    const std::string ids = "0aaaaaaaaaaaaaaaaaaaaa\tIfcWall\tMuro\n"
+                            "1bbbbbbbbbbbbbbbbbbbbb\tIfcWallStandardCase\tMuro\r\n"
+                            "2ccccccccccccccccccccc\tIfcOpeningElement\tHueco\n"
+                            "3ddddddddddddddddddddd\tIfcBeam\t\n"
+                            "4eeeeeeeeeeeeeeeeeeeee\tIfcSlab\tTecho\n";
+    const auto raiz = cargarOBJTexto(obj, ids);
+    ASSERT_TRUE(raiz);
+    struct Esperado {
+        const char* nombre;
+        const char* globalId;
+        const char* clase;
+    };
+    const std::vector<Esperado> esperados = {{"Muro", "0aaaaaaaaaaaaaaaaaaaaa", "IfcWall"},
+                                             {"Muro", "1bbbbbbbbbbbbbbbbbbbbb", "IfcWallStandardCase"},
+                                             {"default", "3ddddddddddddddddddddd", "IfcBeam"},
+                                             {"Losa", "", ""},
+                                             {"Viga", "", ""}};
+    ASSERT_EQ(raiz->childNodes().size(), esperados.size());
+    for (std::size_t i = 0; i < esperados.size(); ++i) {
+        const Node& n = *raiz->childNodes()[i];
+        SCOPED_TRACE(i);
+        EXPECT_EQ(n.name(), std::optional<std::string>(esperados[i].nombre));
+        EXPECT_EQ(n.globalId(), esperados[i].globalId);
+        EXPECT_EQ(n.claseIFC(), esperados[i].clase);
+    }
+    // Without identities, or with a line missing its fields, nodes have none.
+    for (const std::string& otras : {std::string(), std::string("0aaa IfcWall Muro\n")}) {
+        const auto sinIds = cargarOBJTexto(obj, otras);
+        for (const auto& n : sinIds->childNodes()) EXPECT_EQ(n->globalId(), "");
+    }
+
+    // From a file: the identities beside the OBJ, named by rutaIdentidadesOBJ.
+    pruebas::DirectorioTemporal dir;
+    const std::string ruta = dir.escribir("modelo.obj", obj);
+    EXPECT_EQ(rutaIdentidadesOBJ(ruta), dir.ruta() + "/modelo.ids");
+    dir.escribir("modelo.ids", ids);
+    EXPECT_EQ(cargarOBJ(ruta)->childNodes()[1]->globalId(), "1bbbbbbbbbbbbbbbbbbbbb");
+}
+
 TEST(NormalizarMateriales, GivesEveryGeometryBelowTheRootAUsableMaterial) {
     auto raiz = Node::crear();
     auto sinMaterial = Node::crear("SinMaterial");

@@ -35,6 +35,8 @@ std::string diferencia(const std::shared_ptr<Node>& a, const std::shared_ptr<Nod
         const std::string donde =
             "node " + std::to_string(i) + " (" + x.name().value_or("?") + "): ";
         if (x.name() != y.name()) return donde + "name " + y.name().value_or("?");
+        if (x.globalId() != y.globalId() || x.claseIFC() != y.claseIFC())
+            return donde + "identity " + y.globalId() + " " + y.claseIFC();
         const Geometry& gx = *x.geometry();
         const Geometry& gy = *y.geometry();
         if (gx.name != gy.name) return donde + "geometry name";
@@ -49,10 +51,10 @@ std::string diferencia(const std::shared_ptr<Node>& a, const std::shared_ptr<Nod
 }
 
 // Reads the text in two pieces at every cut and compares with one pass.
-void compararEnCadaCorte(const std::string& texto) {
-    const auto entero = cargarOBJTexto(texto);
+void compararEnCadaCorte(const std::string& texto, const std::string& identidades = {}) {
+    const auto entero = cargarOBJTexto(texto, identidades);
     for (std::size_t corte = 0; corte <= texto.size(); ++corte) {
-        const std::string d = diferencia(entero, cargarOBJTextoEnDosPartes(texto, corte));
+        const std::string d = diferencia(entero, cargarOBJTextoEnDosPartes(texto, corte, identidades));
         ASSERT_EQ(d, "") << "cut at byte " << corte << " of:\n" << texto;
     }
 }
@@ -82,6 +84,14 @@ TEST(CargaOBJEnDosPartes, GroupsWithoutFacesAreRenamedAcrossTheCut) {
     compararEnCadaCorte("g A\ng B\ng C\ng D\nv 0 0 0\nv 1 0 0\nv 1 1 0\nf 1 2 3\ng E\n");
     // Short faces are dropped on either side.
     compararEnCadaCorte("v 0 0 0\nv 1 0 0\nv 1 1 0\ng A\nf 1 2\nf\ng B\nf 1 2 3\nf 3\n");
+}
+
+TEST(CargaOBJEnDosPartes, IdentitiesFollowTheirGroupLinesAcrossTheCut) {
+    // Faces before any group, an empty group renamed, a group running across
+    // the cut: each node keeps the identity of its own group line.
+    compararEnCadaCorte("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\ng Vacio\ng Muro\nf 1 2 3\nf 3 2 1\n"
+                        "g Losa\nf 1 2 3\ng Muro\nf 2 3 1\n",
+                        "A\tIfcWall\tVacio\nB\tIfcWall\tMuro\nC\tIfcSlab\tLosa\nD\tIfcWall\tMuro\n");
 }
 
 TEST(CargaOBJEnDosPartes, IndicesAndNormalsResolveAgainstTheWholeFile) {

@@ -10,9 +10,13 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QTemporaryDir>
+#include <QThreadPool>
 #include <QThread>
+#include <functional>
 #include <glm/gtc/constants.hpp>
+#include <set>
 #include <gtest/gtest.h>
 #include <unistd.h>
 #include "espera_eventos.h"
@@ -131,23 +135,106 @@ TEST(VinculoIFC, muestrasFederadasConConversorReal) {
     ASSERT_TRUE(luz && luz->light());
     EXPECT_GE(luz->light()->orthographicScale, 30.0f);
 
+    // Every element node knows its own GlobalId and class from the converter.
+    std::set<std::string> ids;
+    for (const auto& n : duplex.nodo->childNodes()) {
+        EXPECT_EQ(n->globalId().size(), 22u) << n->name().value_or("");
+        EXPECT_EQ(n->claseIFC().rfind("Ifc", 0), 0u) << n->claseIFC();
+        ids.insert(n->globalId());
+    }
+    EXPECT_EQ(ids.size(), duplex.nodo->childNodes().size());
+
     // Nothing left in the temporary folder: copies and outputs are gone.
-    EXPECT_TRUE(sobrantes("*.ifc").isEmpty()) << sobrantes("*.ifc").join(',').toStdString();
-    EXPECT_TRUE(sobrantes("*.obj").isEmpty()) << sobrantes("*.obj").join(',').toStdString();
+    EXPECT_TRUE(sobrantes("*").isEmpty()) << sobrantes("*").join(',').toStdString();
 }
 
-TEST(VinculoIFC, dosVinculosEnParaleloVanALaEspecialidadSeleccionadaAlFinal) {
+TEST(VinculoIFC, cadaVinculoVaALaEspecialidadElegidaConSuArchivo) {
     if (!QFileInfo::exists(QString::fromStdString(muestras))) GTEST_SKIP() << "sin ../shared/samples";
     auto cv = espacio();
     cv->vincularIFC("ARQ");
     cv->archivosElegidos({muestras + "/example.ifc"});
     cv->vincularIFC("MEP");
     cv->archivosElegidos({muestras + "/IfcOpenHouse_IFC4.ifc"});
+    cv->seleccionarEspecialidad("EST"); // a selection made meanwhile takes nothing
     EXPECT_EQ(cv->fileName, "IfcOpenHouse_IFC4.ifc");
-    ASSERT_TRUE(esperarHasta([&] { return cv->especialidades.at("MEP").modelos.size() == 2; }));
-    EXPECT_FALSE(cv->isProcessing);
-    EXPECT_FALSE(cv->especialidades.at("ARQ").nodoRaiz);
+    ASSERT_TRUE(esperarHasta([&] {
+        return cv->especialidades.at("ARQ").modelos.size() + cv->especialidades.at("MEP").modelos.size() == 2;
+    }));
+    EXPECT_EQ(cv->especialidades.at("ARQ").modelos.at(0).nombre, "example.ifc");
+    EXPECT_EQ(cv->especialidades.at("MEP").modelos.at(0).nombre, "IfcOpenHouse_IFC4.ifc");
+    EXPECT_FALSE(cv->especialidades.at("EST").nodoRaiz);
     EXPECT_FALSE(cv->showError);
+
+    // A .ifczip links like the IFC inside it, properties included.
+    QTemporaryDir dir;
+    const QString zip = dir.filePath(QStringLiteral("casa [v2].ifczip"));
+    QProcess comprimir;
+    comprimir.start(QStringLiteral("/usr/bin/zip"),
+                    {QStringLiteral("-j"), zip, QString::fromStdString(muestras + "/IfcOpenHouse_IFC4.ifc")});
+    ASSERT_TRUE(comprimir.waitForFinished(60000) && comprimir.exitCode() == 0);
+    cv->vincularIFC("EST");
+    cv->archivosElegidos({zip.toStdString()});
+    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
+    ASSERT_FALSE(cv->showError) << cv->errorMessage.value_or("");
+    const auto& est = cv->especialidades.at("EST");
+    ASSERT_EQ(est.modelos.size(), 1u);
+    EXPECT_EQ(est.modelos[0].nodo->childNodes().size(),
+              cv->especialidades.at("MEP").modelos[0].nodo->childNodes().size());
+    EXPECT_FALSE(cv->propiedadesIFC["EST"].empty());
+    EXPECT_TRUE(sobrantes("*").isEmpty()) << sobrantes("*").join(',').toStdString();
+}
+
+// A converter that never ends: cancelled by the user, stopped by the time
+// limit, or ended by quitting, it leaves no process and no temporary file.
+TEST(VinculoIFC, unConversorQueNoTerminaSeDetiene) {
+    QTemporaryDir dir;
+    const QString ifc = dir.filePath(QStringLiteral("modelo.ifc"));
+    {
+        QFile f(ifc);
+        f.open(QIODevice::WriteOnly);
+        f.write("ISO-10303-21;\nDATA;\n#1=IFCWALL('g',$,'Muro',$,$,$,$,$);\nENDSEC;\n");
+    }
+    // It writes a partial output first, as a converter at work does, and
+    // waits in a child process of its own.
+    const std::string conversor =
+        conversorFalso(dir, "eterno", "echo 'v 0 0 0' > \"$2\"; : > \"${2%.obj}.mtl\"; sleep 6173");
+    auto procesosVivos = [&] {
+        QProcess ps;
+        ps.start(QStringLiteral("/usr/bin/pgrep"),
+                 {QStringLiteral("-f"), QString::fromStdString(conversor) + QStringLiteral("|sleep 6173")});
+        ps.waitForFinished(10000);
+        return !ps.readAllStandardOutput().trimmed().isEmpty();
+    };
+    struct Caso {
+        const char* nombre;
+        std::function<void(ContentView&)> detener;
+        std::string mensaje; // empty: no alert
+    };
+    const std::vector<Caso> casos = {
+        {"cancelar", [](ContentView& cv) { cv.cancelarConversion(); }, ""},
+        {"limite", [](ContentView&) {}, "La conversión superó el límite de 0.005 minutos y se canceló."},
+        {"salir", [](ContentView& cv) { cv.detenerTrabajos(); }, ""},
+    };
+    for (const Caso& c : casos) {
+        SCOPED_TRACE(c.nombre);
+        auto cv = espacio();
+        cv->rutaConversor = conversor;
+        cv->limiteConversionMinutos = c.mensaje.empty() ? 30 : 0.005; // 0.3 s
+        cv->archivosElegidos({ifc.toStdString()});
+        ASSERT_TRUE(cv->isProcessing);
+        ASSERT_TRUE(esperarHasta([&] { return procesosVivos(); }, 30000));
+        c.detener(*cv);
+        if (c.mensaje.empty()) {
+            EXPECT_FALSE(cv->isProcessing);
+        }
+        ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing && !procesosVivos(); }, 30000));
+        QThreadPool::globalInstance()->waitForDone();
+        QCoreApplication::processEvents();
+        EXPECT_EQ(cv->showError, !c.mensaje.empty());
+        EXPECT_EQ(cv->errorMessage.value_or(""), c.mensaje);
+        EXPECT_TRUE(cv->especialidades.at("ARQ").modelos.empty());
+        EXPECT_TRUE(sobrantes("*").isEmpty()) << sobrantes("*").join(',').toStdString();
+    }
 }
 
 TEST(VinculoIFC, fallosDelCaminoConSuFrase) {
@@ -170,9 +257,10 @@ TEST(VinculoIFC, fallosDelCaminoConSuFrase) {
         {"sale3", "echo 'sin licencia' >&2; exit 3", "IfcConvert falló (código 3):\nsin licencia\n"},
         {"latin1", "printf 'error en \\351l' >&2; exit 2", "IfcConvert falló (código 2):\nSin detalle"},
         {"mudo", "exit 1", "IfcConvert falló (código 1):\n"},
-        {"vacio", ": > \"$2\"; exit 0",
-         "No se pudo cargar la geometría. El archivo generado puede estar vacío o corrupto."},
+        {"vacio", ": > \"$2\"; exit 0", "El archivo no contiene geometría que se pueda mostrar"},
         {"sincaras", "printf 'v 0 0 0\\nv 1 0 0\\n' > \"$2\"; exit 0",
+         "El archivo no contiene geometría que se pueda mostrar"},
+        {"sinsalida", "exit 0",
          "No se pudo cargar la geometría. El archivo generado puede estar vacío o corrupto."},
     };
     for (const Caso& c : casos) {
@@ -183,7 +271,7 @@ TEST(VinculoIFC, fallosDelCaminoConSuFrase) {
         ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
         EXPECT_TRUE(cv->showError);
         EXPECT_EQ(cv->errorMessage.value_or(""), c.esperado);
-        EXPECT_TRUE(sobrantes("*.ifc").isEmpty()); // the copy goes on every path
+        EXPECT_TRUE(sobrantes("*").isEmpty()); // the copy and the outputs go on every path
     }
 
     // A converter that can't be started.

@@ -43,7 +43,7 @@ ProyectoTESKAL proyectoDePrueba() {
     AnalisisGuardado a{"0B8F1A9C-3D2E-4F60-9A1B-2C3D4E5F6A7B", "Análisis 1",
                        QDateTime(QDate(2026, 11, 23), QTime(10, 20, 30), Qt::UTC), 0.02, {}};
     a.interferencias.push_back({"1C2D3E4F-5A6B-7C8D-9E0F-A1B2C3D4E5F6", "Muro 1", "ARQ", "Viga 2", "EST",
-                                "En revisión", 1, 2, 3, 4, 5, 6, 0.5});
+                                "En revisión", 1, 2, 3, 4, 5, 6, 0.5, "2XPyKWY018sA1ygZKgQPtU", std::nullopt});
     p.historialAnalisis = {a};
     return p;
 }

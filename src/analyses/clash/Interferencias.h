@@ -34,13 +34,13 @@ struct Interferencia {
     std::shared_ptr<Node> nodoA, nodoB;
     std::string especialidadA, especialidadB; // discipline keys
     std::string nombreA, nombreB;
-    // The elements' GlobalIds, empty when the converter gave none; they
-    // outlive the nodes in the project document.
-    std::string globalIdA, globalIdB;
     glm::dvec3 viewpointPos{0.0};
     glm::dvec3 viewpointTarget{0.0};
     double radio = 0.5;
     EstadoClash estado = EstadoClash::abierto;
+    // The elements' GlobalIds, empty when the converter gave none; they
+    // outlive the nodes in the project document.
+    std::string globalIdA, globalIdB;
 };
 
 // One run of the search, kept in the workspace's history.

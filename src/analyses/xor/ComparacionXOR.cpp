@@ -79,12 +79,24 @@ Node* MapaXOR::buscar(std::string_view clave) const {
     return e ? entradas_[e - 1].nodo : nullptr;
 }
 
-MapaXOR mapaXOR(Node& modelo, const GlobalIdsPorNombre* globalIds) {
+bool tieneGlobalIdsPropios(Node& modelo) {
+    bool alguno = false;
+    modelo.enumerateChildNodes([&](Node& n, bool& parar) {
+        parar = alguno = n.geometry() && !n.globalId().empty();
+    });
+    return alguno;
+}
+
+MapaXOR mapaXOR(Node& modelo, const GlobalIdsPorNombre* globalIds, bool porNodo) {
     // The elements are mostly the root's children: a good first size.
     MapaXOR mapa(modelo.childNodes().size());
     std::string sonda; // the id map is keyed by std::string: one probe reused
     modelo.enumerateChildNodes([&](Node& n, bool&) {
         if (!n.geometry()) return;
+        if (porNodo && !n.globalId().empty()) {
+            mapa.poner(n.globalId(), &n);
+            return;
+        }
         std::string_view clave = partesNombre(nombreDe(n)).nombre;
         if (globalIds) {
             sonda.assign(clave);
@@ -102,10 +114,11 @@ EstadisticasXOR ClasificacionXOR::estadisticas() const {
 
 ClasificacionXOR clasificarXOR(Node& base, Node& nuevo, const GlobalIdsPorNombre& idsBase,
                                const GlobalIdsPorNombre& idsNuevo) {
-    const bool usarIds = !idsBase.empty() && !idsNuevo.empty();
+    const bool porNodo = tieneGlobalIdsPropios(base) && tieneGlobalIdsPropios(nuevo);
+    const bool usarIds = !porNodo && !idsBase.empty() && !idsNuevo.empty();
     ClasificacionXOR c;
-    c.base = mapaXOR(base, usarIds ? &idsBase : nullptr);
-    c.nuevo = mapaXOR(nuevo, usarIds ? &idsNuevo : nullptr);
+    c.base = mapaXOR(base, usarIds ? &idsBase : nullptr, porNodo);
+    c.nuevo = mapaXOR(nuevo, usarIds ? &idsNuevo : nullptr, porNodo);
 
     for (const auto& [clave, nodoNuevo] : c.nuevo.entradas()) {
         Node* nodoBase = c.base.buscar(clave);
@@ -157,7 +170,7 @@ std::vector<ElementoCambioXOR> elementosCambioXOR(const ClasificacionXOR& c) {
     const auto fila = [&](const Node& n, TipoCambioXOR tipo, const DeltasXOR& d) {
         const PartesNombre partes = partesNombre(nombreDe(n));
         filas.push_back({nuevoUUID(), std::string(partes.nombre), std::string(partes.tipoIFC), tipo,
-                         static_cast<float>(d.posicion), static_cast<float>(d.tamano)});
+                         static_cast<float>(d.posicion), static_cast<float>(d.tamano), n.globalId()});
     };
     for (const std::string_view clave : c.agregados)
         fila(*c.nuevo.buscar(clave), TipoCambioXOR::agregado, {});

@@ -29,6 +29,7 @@ struct ElementoCambioXOR {
     TipoCambioXOR tipoCambio = TipoCambioXOR::agregado;
     float deltaPosicion = 0; // metres between the box centres; 0 unless modified
     float deltaTamano = 0;   // largest change of a box extent; 0 unless modified
+    std::string globalId;    // the node's own, empty when the converter gave none
 };
 
 // One comparison, kept in memory for its report.
@@ -72,8 +73,9 @@ struct DeltasXOR {
 DeltasXOR deltasXOR(const Box& base, const Box& nuevo);
 
 // Key of an element to its node, the last node enumerated winning a repeated
-// key. The key is the name part, or its GlobalId when ids are in use and the
-// slot's map knows the name part. Keys view the node names and the id maps:
+// key. The key is the node's own GlobalId when `porNodo` and the node has one;
+// otherwise the name part, or its GlobalId when ids are in use and the slot's
+// map knows the name part. Keys view the node names and the id maps:
 // they stay valid while those stand unchanged. Entries keep the order of
 // each key's first node; lookups go through one open-addressed table, with
 // no allocation per element.
@@ -98,7 +100,10 @@ private:
     std::vector<Entrada> entradas_;
     std::vector<std::uint32_t> tabla_; // entry index + 1; 0 marks a free slot
 };
-MapaXOR mapaXOR(Node& modelo, const GlobalIdsPorNombre* globalIds);
+MapaXOR mapaXOR(Node& modelo, const GlobalIdsPorNombre* globalIds, bool porNodo = false);
+
+// True when some element node of the model carries its own GlobalId.
+bool tieneGlobalIdsPropios(Node& modelo);
 
 // The matched sets of two models. Keys of each kind keep the enumeration
 // order of their model (the new model's for added and modified keys, the
@@ -116,11 +121,13 @@ struct ClasificacionXOR {
     EstadisticasXOR estadisticas() const;
 };
 
-// Matches the two models by key (GlobalIds only when both maps are non-empty)
-// and sorts every key into added, eliminated, modified or equal. Each node's
+// Matches the two models by key and sorts every key into added, eliminated, modified or equal. Each node's
 // box is read once.
 ClasificacionXOR clasificarXOR(Node& base, Node& nuevo, const GlobalIdsPorNombre& idsBase,
                                const GlobalIdsPorNombre& idsNuevo);
+// The key: each node's own GlobalId when both models' nodes carry them, so
+// same-named elements are told apart; otherwise the name's GlobalId when both
+// maps are non-empty; otherwise the name part.
 
 // The colours of the comparison.
 namespace coloresXOR {

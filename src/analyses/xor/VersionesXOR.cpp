@@ -18,7 +18,7 @@ namespace {
 constexpr const char* sinVersionBase = "Sin versión base";
 constexpr const char* sinVersionNueva = "Sin versión nueva";
 
-std::string textoFalloXOR(const FalloConversion& fallo) {
+std::string textoFalloXOR(const FalloConversion& fallo, double limiteMinutos) {
     switch (fallo.causa) {
     case FalloConversion::Causa::Copia:
         return "Error copiando archivo: " + fallo.descripcion;
@@ -26,7 +26,11 @@ std::string textoFalloXOR(const FalloConversion& fallo) {
         return "Error ejecutando IfcConvert: " + fallo.descripcion;
     case FalloConversion::Causa::Salida:
         return "IfcConvert falló:\n" + fallo.descripcion;
+    case FalloConversion::Causa::TiempoAgotado:
+        return textoLimiteConversion(limiteMinutos);
     case FalloConversion::Causa::Geometria:
+    case FalloConversion::Causa::SinGeometria:
+    case FalloConversion::Causa::Cancelada:
         break;
     }
     return "No se pudo cargar la geometría XOR.";
@@ -65,6 +69,7 @@ void ContentView::cancelarCargaXOR() {
 
 void ContentView::cargarSlotXOR(const std::string& slot, const std::string& ruta) {
     TrabajoConversion trabajo;
+    prepararConversion(trabajo);
     trabajo.rutaOrigen = ruta;
     trabajo.rutaSalida = rutaTemporalNueva(".obj");
     trabajo.rutaConversor =
@@ -83,8 +88,9 @@ void ContentView::cargarSlotXOR(const std::string& slot, const std::string& ruta
     enSegundoPlano(this, [trabajo] { return convertirIFC(trabajo); },
                    [trabajo, slot, nombre](ContentView& cv, ResultadoConversion resultado) {
                        if (const auto* fallo = std::get_if<FalloConversion>(&resultado)) {
+                           if (fallo->causa == FalloConversion::Causa::Cancelada) return;
                            cv.isProcessing = false;
-                           cv.mostrarError(textoFalloXOR(*fallo));
+                           cv.mostrarError(textoFalloXOR(*fallo, trabajo.limiteMinutos));
                            return;
                        }
                        auto& convertido = std::get<ModeloConvertido>(resultado);

@@ -20,6 +20,8 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QCloseEvent>
+#include <QCoreApplication>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
@@ -79,8 +81,12 @@ VentanaPrincipal::VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro
     barra->setTextVisible(false);
     textoProgreso_ = new QLabel(superposicion_);
     textoProgreso_->setAlignment(Qt::AlignCenter);
+    auto* cancelar = new QPushButton(QStringLiteral("Cancelar"), superposicion_);
+    cancelar->setObjectName(QStringLiteral("cancelarConversion"));
+    connect(cancelar, &QPushButton::clicked, this, [this] { cv_.cancelarConversion(); });
     cajaProgreso->addWidget(barra);
     cajaProgreso->addWidget(textoProgreso_);
+    cajaProgreso->addWidget(cancelar, 0, Qt::AlignCenter);
     capas->addWidget(superposicion_, 0, 0, Qt::AlignCenter);
     superposicion_->hide();
 
@@ -373,6 +379,18 @@ void VentanaPrincipal::abrirReporte(const AnalisisInterferencias& analisis) {
         ventana->move(pantalla->availableGeometry().center() - ventana->rect().center());
     ventana->show();
     reportWindows_.push_back(std::move(ventana));
+}
+
+} // namespace teskal
+
+namespace teskal {
+
+void VentanaPrincipal::closeEvent(QCloseEvent* evento) {
+    // Closing the main window ends the program, report windows and all; the
+    // conversions under way are ended before it goes.
+    evento->accept();
+    cv_.detenerTrabajos();
+    QCoreApplication::quit();
 }
 
 } // namespace teskal

@@ -38,6 +38,11 @@ public:
     void abrirReporte(const AnalisisInterferencias& analisis);
     const std::vector<std::unique_ptr<QWidget>>& reportWindows() const { return reportWindows_; }
 
+protected:
+    void closeEvent(QCloseEvent* evento) override;
+
+public:
+
 private:
     void crearMenus();
     QWidget* crearBarraLateral();
