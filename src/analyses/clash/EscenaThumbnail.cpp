@@ -78,7 +78,7 @@ EscenaThumbnail escenaThumbnail(const Interferencia& interferencia, Scene* escen
     t.camara = Node::crear();
     t.camara->setCamera(camara);
     t.camara->setPosition(glm::vec3(posicion));
-    t.camara->setEulerAngles(eulerMirandoA(glm::vec3(objetivo - posicion), {0, 1, 0}));
+    t.camara->setEulerAngles(eulerMirandoHacia(glm::vec3(objetivo - posicion)));
     return t;
 }
 
