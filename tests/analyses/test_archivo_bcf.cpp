@@ -8,9 +8,9 @@
 #include "lector_bcf.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
-#include <QCryptographicHash>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QProcess>
@@ -130,10 +130,9 @@ TEST(ArchivoBCF, entradasYContenidosDeUnAnalisis) {
                       id3 = "5D0E8C1B-7A2F-4E3D-9B6C-0F1E2D3C4B5A",
                       id4 = "2E4F6A8C-0B1D-4F3E-A5C7-E9F1A3B5C7D9";
     BCFExporter e =
-        exportador("Fase 2/3: ok?", {interferencia(id1, "A&B<1>", "Losa ↔ 2"),
-                                     interferencia(id2, "Viga", "Ducto"),
-                                     interferencia(id3, "Muro", "Tubo"),
-                                     interferencia(id4, "Puerta", "Bandeja")});
+        exportador("Fase 2/3: ok?",
+                   {interferencia(id1, "A&B<1>", "Losa ↔ 2"), interferencia(id2, "Viga", "Ducto"),
+                    interferencia(id3, "Muro", "Tubo"), interferencia(id4, "Puerta", "Bandeja")});
     e.nombreProyecto = "Proyecto \"Norte\"";
     auto& lista = e.analisis.interferencias;
     lista[2].estado = EstadoClash::resuelto;
@@ -159,7 +158,8 @@ TEST(ArchivoBCF, entradasYContenidosDeUnAnalisis) {
         const auto archivo = e.escribirArchivo();
         ASSERT_TRUE(archivo);
         EXPECT_EQ(archivo->nombre, "Fase 23 ok.bcf");
-        EXPECT_EQ(archivo->ruta, QDir::temp().filePath(f.carpeta + QStringLiteral("Fase 23 ok.bcf")));
+        EXPECT_EQ(archivo->ruta,
+                  QDir::temp().filePath(f.carpeta + QStringLiteral("Fase 23 ok.bcf")));
 
         // Paths from the archive's root, the folder of each clash named by its
         // id in upper case; a snapshot only for PNG bytes.
@@ -200,7 +200,8 @@ TEST(ArchivoBCF, entradasYContenidosDeUnAnalisis) {
                         .match(nuevas[0])
                         .hasMatch())
             << nuevas[0].toStdString();
-        EXPECT_TRUE(QFile::exists(QDir::temp().filePath(nuevas[0] + QStringLiteral("/bcf.version"))));
+        EXPECT_TRUE(
+            QFile::exists(QDir::temp().filePath(nuevas[0] + QStringLiteral("/bcf.version"))));
     }
 
     // The standard archive as bcf-client reads it: project, the extension
@@ -232,8 +233,13 @@ TEST(ArchivoBCF, entradasYContenidosDeUnAnalisis) {
         // Sorted by folder, as the reader lists them.
         {id4, "Puerta ↔ Bandeja", "Open", {"Clash", "ARQ", "MEP"}, "", "", false},
         {id3, "Muro ↔ Tubo", "Closed", {"Clash", "ARQ", "MEP"}, "", "", false},
-        {id1, "A&B<1> ↔ Losa ↔ 2", "Open", {"Clash", "ARQ", "MEP"},
-         "2O2Fr$t4X7Zf8NOew3FLOH", "0K3x_9Jm$1YqWnH7Ze4TbA", true},
+        {id1,
+         "A&B<1> ↔ Losa ↔ 2",
+         "Open",
+         {"Clash", "ARQ", "MEP"},
+         "2O2Fr$t4X7Zf8NOew3FLOH",
+         "0K3x_9Jm$1YqWnH7Ze4TbA",
+         true},
         {id2, "Viga ↔ Ducto", "Open", {"Clash", "ARQ", "EST"}, "", "", false},
     };
     const QJsonArray leidos = bcf["temas"].toArray();
@@ -266,8 +272,8 @@ TEST(ArchivoBCF, entradasYContenidosDeUnAnalisis) {
         ASSERT_EQ(componentes.size(), 2);
         const auto& i = *std::find_if(lista.begin(), lista.end(),
                                       [&](const Interferencia& x) { return x.id == t.id; });
-        for (const auto& [n, nombre, ifc] : {std::tuple(0, i.nombreA, t.ifcA),
-                                             std::tuple(1, i.nombreB, t.ifcB)}) {
+        for (const auto& [n, nombre, ifc] :
+             {std::tuple(0, i.nombreA, t.ifcA), std::tuple(1, i.nombreB, t.ifcB)}) {
             const QJsonObject c = componentes[n].toObject();
             EXPECT_EQ(c["ifcGuid"].toString(), ifc); // null, read as "", without one
             EXPECT_EQ(c["sistema"].toString(), "TESKAL");

@@ -70,10 +70,11 @@ TEST(ReporteHTML, documentoConCabeceraTarjetasFilasYPie) {
     std::string html = documentoReporteHTML(a, {{"ID-2", png}, {"ID-5", QByteArray()}},
                                             QString::fromStdString(fecha));
 
-    EXPECT_EQ(html.rfind("<!DOCTYPE html><html lang=\"es\">\n<head><meta charset=\"UTF-8\">\n"
-                         "<title>Informe de Interferencias BIM · R&amp;D &lt;Fase 1&gt;</title>\n<style>",
-                         0),
-              0u);
+    EXPECT_EQ(
+        html.rfind("<!DOCTYPE html><html lang=\"es\">\n<head><meta charset=\"UTF-8\">\n"
+                   "<title>Informe de Interferencias BIM · R&amp;D &lt;Fase 1&gt;</title>\n<style>",
+                   0),
+        0u);
     const auto finEstilo = html.find("</style>");
     const std::string css = html.substr(0, finEstilo);
     for (const char* regla :
@@ -90,16 +91,17 @@ TEST(ReporteHTML, documentoConCabeceraTarjetasFilasYPie) {
                                   "abierto\">Abierto"};
     std::string filas;
     for (std::size_t k = 0; k < a.interferencias.size(); ++k)
-        filas += "<tr>\n<td style=\"text-align:right;color:#999;\">" + std::to_string(k + 1) +
-                 "</td><td>" +
-                 (k == 1 ? "<img class='thumb' alt='Vista 3D de la interferencia 2: Muro 2 ↔ Tubo 2' "
-                           "src='data:image/png;base64,iVBORw0KGgpmYWxzbw=='>"
-                         : "<div class='thumb'></div>") +
-                 "</td><td><b>" + (k == 2 ? "Losa &lt;3&gt;" : a.interferencias[k].nombreA) +
-                 "</b></td><td style=\"color:#666;\">ARQ</td><td><b>" +
-                 (k == 2 ? "Ducto &quot;3&quot; &amp; &#39;x&#39;" : a.interferencias[k].nombreB) +
-                 "</b></td><td style=\"color:#666;\">MEP</td><td><span class=\"badge " + badges[k] +
-                 "</span></td></tr>";
+        filas +=
+            "<tr>\n<td style=\"text-align:right;color:#999;\">" + std::to_string(k + 1) +
+            "</td><td>" +
+            (k == 1 ? "<img class='thumb' alt='Vista 3D de la interferencia 2: Muro 2 ↔ Tubo 2' "
+                      "src='data:image/png;base64,iVBORw0KGgpmYWxzbw=='>"
+                    : "<div class='thumb'></div>") +
+            "</td><td><b>" + (k == 2 ? "Losa &lt;3&gt;" : a.interferencias[k].nombreA) +
+            "</b></td><td style=\"color:#666;\">ARQ</td><td><b>" +
+            (k == 2 ? "Ducto &quot;3&quot; &amp; &#39;x&#39;" : a.interferencias[k].nombreB) +
+            "</b></td><td style=\"color:#666;\">MEP</td><td><span class=\"badge " + badges[k] +
+            "</span></td></tr>";
     EXPECT_EQ(html.substr(finEstilo),
               cuerpo("R&amp;D &lt;Fase 1&gt;", fecha,
                      "Tolerancia: 0.025 m &nbsp;·&nbsp; 7 colisiones detectadas", {7, 3, 1, 1, 2},

@@ -57,9 +57,11 @@ AnalisisInterferencias analisisDePrueba() {
                       EstadoClash::resuelto),
     };
     auto& l = a.interferencias;
-    std::tie(l[0].globalIdA, l[0].globalIdB) = std::pair("2O2Fr$t4X7Zf8NOew3FLOH", "0K3x_9Jm$1YqWnH7Ze4TbA");
+    std::tie(l[0].globalIdA, l[0].globalIdB) =
+        std::pair("2O2Fr$t4X7Zf8NOew3FLOH", "0K3x_9Jm$1YqWnH7Ze4TbA");
     std::tie(l[1].globalIdA, l[1].globalIdB) = std::pair("3vB2YO$MX4xv5uCqZZG05x", "no-es-un-guid");
-    std::tie(l[3].globalIdA, l[3].globalIdB) = std::pair("1hqIFTRjfV6AWq_bMtnZwI", "1hqIFTRjfV6AWq_bMtnZwIx");
+    std::tie(l[3].globalIdA, l[3].globalIdB) =
+        std::pair("1hqIFTRjfV6AWq_bMtnZwI", "1hqIFTRjfV6AWq_bMtnZwIx");
     return a;
 }
 
@@ -75,8 +77,8 @@ TEST(TextosBCF, documentosComoElTextoEscrito) {
     // The standard form departs from the literal one only in the labels, the
     // viewpoint reference, the order of components and camera, the IfcGuids,
     // the schema's name and the up vector.
-    for (const auto& [forma, carpeta] : {std::pair(FormaBCF::literalTESKAL, ""),
-                                         std::pair(FormaBCF::estandar, "estandar/")}) {
+    for (const auto& [forma, carpeta] :
+         {std::pair(FormaBCF::literalTESKAL, ""), std::pair(FormaBCF::estandar, "estandar/")}) {
         SCOPED_TRACE(carpeta);
         const std::string c = carpeta;
         EXPECT_EQ(textoProyectoBCF("7C9E6679-7425-40DE-944B-E07FC1F90AE7", a.nombre, forma),
@@ -117,11 +119,12 @@ TEST(TextosBCF, ceroNegativoConSignoYNingunNumeroNoFinito) {
     };
     for (const FormaBCF forma : {FormaBCF::estandar, FormaBCF::literalTESKAL}) {
         const std::string t = sinBlancos(textoViewpointBCF(i, viewpointGuids[0], forma));
-        EXPECT_NE(t.find("<CameraViewPoint><X>-0.0000</X><Y>2.0000</Y><Z>-0.0000</Z></CameraViewPoint>"
-                         "<CameraDirection><X>0.000000</X><Y>0.000000</Y><Z>-1.000000</Z>"
-                         "</CameraDirection><CameraUpVector><X>0.000000</X><Y>1.000000</Y>"
-                         "<Z>0.000000</Z></CameraUpVector><FieldOfView>"),
-                  std::string::npos)
+        EXPECT_NE(
+            t.find("<CameraViewPoint><X>-0.0000</X><Y>2.0000</Y><Z>-0.0000</Z></CameraViewPoint>"
+                   "<CameraDirection><X>0.000000</X><Y>0.000000</Y><Z>-1.000000</Z>"
+                   "</CameraDirection><CameraUpVector><X>0.000000</X><Y>1.000000</Y>"
+                   "<Z>0.000000</Z></CameraUpVector><FieldOfView>"),
+            std::string::npos)
             << t;
     }
     // A camera that is not finite everywhere is left out of the standard
@@ -137,7 +140,8 @@ TEST(TextosBCF, ceroNegativoConSignoYNingunNumeroNoFinito) {
         EXPECT_EQ(t.find("Camera"), std::string::npos) << t;
         EXPECT_EQ(t.find("nan<"), std::string::npos) << t;
         EXPECT_EQ(t.find("inf<"), std::string::npos) << t;
-        EXPECT_NE(t.find("</Components><ClippingPlanes/></VisualizationInfo>"), std::string::npos) << t;
+        EXPECT_NE(t.find("</Components><ClippingPlanes/></VisualizationInfo>"), std::string::npos)
+            << t;
     }
 }
 
@@ -151,7 +155,8 @@ TEST(TextosBCF, soloCaracteresQueXMLAdmite) {
         {"Ø ↔ 東 \U0001F600", "Ø ↔ 東 \U0001F600"},
         {"x\xEF\xBF\xBEy\xEF\xBF\xBFz\xEF\xBF\xBD", "xyz\xEF\xBF\xBD"},
         {"\x80|\xC3|\xC0\xAF|\xE0\x80\xAF|\xED\xA0\x80|\xF4\x90\x80\x80|\xF8",
-         "\uFFFD|\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD\uFFFD|"
+         "\uFFFD|\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|"
+         "\uFFFD\uFFFD\uFFFD\uFFFD|"
          "\uFFFD"},
     };
     for (const auto& [entrada, salida] : casos) EXPECT_EQ(textoXML(entrada), salida) << entrada;
@@ -163,7 +168,8 @@ TEST(TextosBCF, soloCaracteresQueXMLAdmite) {
     Interferencia i = analisisDePrueba().interferencias[0];
     i.nombreA = "Viga\x01\xFF";
     AnalisisInterferencias a = analisisDePrueba();
-    EXPECT_NE(textoMarkupBCF(a, i, viewpointGuids[0]).find("<Title>Viga\uFFFD ↔ "), std::string::npos);
+    EXPECT_NE(textoMarkupBCF(a, i, viewpointGuids[0]).find("<Title>Viga\uFFFD ↔ "),
+              std::string::npos);
     EXPECT_NE(textoViewpointBCF(i, viewpointGuids[0]).find(">Viga\uFFFD</AuthoringToolId>"),
               std::string::npos);
     EXPECT_NE(textoViewpointBCF(i, viewpointGuids[0], FormaBCF::literalTESKAL)
@@ -173,10 +179,10 @@ TEST(TextosBCF, soloCaracteresQueXMLAdmite) {
 
 TEST(TextosBCF, ifcGuidDeVeintidosCaracteres) {
     const std::pair<const char*, bool> casos[] = {
-        {"2O2Fr$t4X7Zf8NOew3FLOH", true}, {"0000000000000000000000", true},
-        {"zzzzzzzzzzzzzzzzzzzzz_", true}, {"2O2Fr$t4X7Zf8NOew3FLO", false},
+        {"2O2Fr$t4X7Zf8NOew3FLOH", true},   {"0000000000000000000000", true},
+        {"zzzzzzzzzzzzzzzzzzzzz_", true},   {"2O2Fr$t4X7Zf8NOew3FLO", false},
         {"2O2Fr$t4X7Zf8NOew3FLOHH", false}, {"2O2Fr$t4X7Zf8NOew3FLO-", false},
-        {"2O2Fr$t4X7Zf8NOew3FL,H", false}, {"", false},
+        {"2O2Fr$t4X7Zf8NOew3FL,H", false},  {"", false},
     };
     for (const auto& [gid, valido] : casos) EXPECT_EQ(esIfcGuid(gid), valido) << gid;
 }
@@ -223,7 +229,7 @@ TEST(CamaraBCF, direccionYArribaUnitariosYPerpendiculares) {
         const glm::dvec3 p(lugar(azar), lugar(azar), lugar(azar));
         // Every tenth straight up or down, where Y takes over.
         const glm::dvec3 o = p + (n % 10 == 0 ? glm::dvec3(0, 0, paso(azar))
-                                             : glm::dvec3(paso(azar), paso(azar), paso(azar)));
+                                              : glm::dvec3(paso(azar), paso(azar), paso(azar)));
         SCOPED_TRACE(n);
         for (const CamaraBCF& c : {camaraBCF(p, o), camaraBCFLiteral(p, o)}) {
             ASSERT_NEAR(glm::length(c.direccion), 1.0f, 1e-6f);

@@ -41,9 +41,10 @@ private slots:
         auto* campo = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
         QVERIFY(campo);
         QCOMPARE(campo->text(), QStringLiteral("Fase 23 ok.bcf"));
-        QCOMPARE(panel->nameFilters(),
-                 QStringList({QStringLiteral("BCF 2.1 (*.bcf *.bcfzip)"),
-                              QStringLiteral("BCF 2.1 — formato literal TESKAL (*.bcf *.bcfzip)")}));
+        QCOMPARE(
+            panel->nameFilters(),
+            QStringList({QStringLiteral("BCF 2.1 (*.bcf *.bcfzip)"),
+                         QStringLiteral("BCF 2.1 — formato literal TESKAL (*.bcf *.bcfzip)")}));
         QCOMPARE(panel->selectedNameFilter(), panel->nameFilters()[0]);
         QVERIFY(!resultado_);
 
@@ -99,7 +100,8 @@ private:
     }
 
     QTemporaryDir carpeta_;
-    const ArchivosBCF archivos_{{}, carpeta_.filePath(QStringLiteral("estandar.bcf")),
+    const ArchivosBCF archivos_{{},
+                                carpeta_.filePath(QStringLiteral("estandar.bcf")),
                                 carpeta_.filePath(QStringLiteral("literal.bcf"))};
     const QByteArray contenido_{"PK\x03\x04 contenido del archivo", 26};
     const QByteArray contenidoLiteral_{"PK\x03\x04 forma literal", 19};

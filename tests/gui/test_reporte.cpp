@@ -2,22 +2,22 @@
 // offscreen and checked where the two elements project, the report window
 // before and after its thumbnails, the windows that "Ver Reporte" opens, and
 // the HTML file handed to the browser or the alert when it can't be written.
+#include "../lector_bcf.h"
 #include "analyses/clash/EscenaThumbnail.h"
 #include "analyses/clash/ReporteHTML.h"
 #include "analyses/clash/ui/ReporteAnalisisView.h"
 #include "analyses/clash/ui/ThumbnailInterferencia.h"
 #include "app/ui/VentanaPrincipal.h"
-#include "../lector_bcf.h"
 #include "federation/CentroNotificaciones.h"
 #include "federation/ContentView.h"
 #include "viewport/render/CamaraRender.h"
 #include "viewport/render/RenderizadorImagenes.h"
 
 #include <QApplication>
+#include <QCryptographicHash>
 #include <QDesktopServices>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QCryptographicHash>
 #include <QFileDialog>
 #include <QJsonArray>
 #include <QLabel>
@@ -217,8 +217,9 @@ private slots:
         QVERIFY(!QString::fromStdString(html).contains(QStringLiteral("<script")));
         QTextDocument documento;
         documento.setHtml(QString::fromStdString(html));
-        QCOMPARE(documento.metaInformation(QTextDocument::DocumentTitle),
-                 QStringLiteral("Informe de Interferencias BIM · <script>alert('x')</script> & \"A\""));
+        QCOMPARE(
+            documento.metaInformation(QTextDocument::DocumentTitle),
+            QStringLiteral("Informe de Interferencias BIM · <script>alert('x')</script> & \"A\""));
         const QString texto = documento.toPlainText();
         for (const char* nombre : {"<script>alert('x')</script> & \"A\"", "<b>A&B</b>",
                                    "x' onerror='alert(1)", "<i>ARQ</i>", "Fecha: <F>"})
@@ -377,7 +378,8 @@ private slots:
             QVERIFY(unzip.waitForFinished(30000) && unzip.exitCode() == 0);
             const QByteArray snapshot = unzip.readAllStandardOutput();
             QCOMPARE(rgb(QImage::fromData(snapshot, "PNG")), rgb(v.thumbnails().at(id)));
-            snapshots.push_back(QCryptographicHash::hash(snapshot, QCryptographicHash::Md5).toHex());
+            snapshots.push_back(
+                QCryptographicHash::hash(snapshot, QCryptographicHash::Md5).toHex());
         }
         // The archive saved is the standard one, which bcf-client reads whole.
         const teskal::pruebas::LecturaBCF leido =

@@ -23,11 +23,20 @@ namespace {
 
 void anadirEscapado(std::string& r, char c) {
     switch (c) {
-    case '&': r += "&amp;"; break;
-    case '<': r += "&lt;"; break;
-    case '>': r += "&gt;"; break;
-    case '"': r += "&quot;"; break;
-    default: r += c;
+    case '&':
+        r += "&amp;";
+        break;
+    case '<':
+        r += "&lt;";
+        break;
+    case '>':
+        r += "&gt;";
+        break;
+    case '"':
+        r += "&quot;";
+        break;
+    default:
+        r += c;
     }
 }
 
@@ -44,12 +53,16 @@ std::size_t secuenciaUTF8(std::string_view s) {
         n = 2;
     } else if (c >= 0xE0 && c <= 0xEF) {
         n = 3;
-        if (c == 0xE0) min2 = 0xA0;      // overlong
-        else if (c == 0xED) max2 = 0x9F; // surrogates
+        if (c == 0xE0)
+            min2 = 0xA0; // overlong
+        else if (c == 0xED)
+            max2 = 0x9F; // surrogates
     } else if (c >= 0xF0 && c <= 0xF4) {
         n = 4;
-        if (c == 0xF0) min2 = 0x90;      // overlong
-        else if (c == 0xF4) max2 = 0x8F; // above U+10FFFF
+        if (c == 0xF0)
+            min2 = 0x90; // overlong
+        else if (c == 0xF4)
+            max2 = 0x8F; // above U+10FFFF
     } else {
         return 0;
     }
@@ -292,8 +305,7 @@ std::string textoViewpointBCF(const Interferencia& i, std::string_view viewpoint
         // The schema's order: components, then the camera. A camera that is
         // not finite everywhere shows nothing, and the schema lets it be absent.
         anadirComponentes(t, i, forma);
-        if (esFinito(c.posicion) && esFinito(c.direccion) && esFinito(c.arriba))
-            anadirCamara(t, c);
+        if (esFinito(c.posicion) && esFinito(c.direccion) && esFinito(c.arriba)) anadirCamara(t, c);
     } else {
         anadirCamara(t, c);
         anadirComponentes(t, i, forma);

@@ -86,12 +86,23 @@ std::string escaparHTML(std::string_view texto) {
     r.reserve(texto.size());
     for (const char c : texto) {
         switch (c) {
-        case '&': r += "&amp;"; break;
-        case '<': r += "&lt;"; break;
-        case '>': r += "&gt;"; break;
-        case '"': r += "&quot;"; break;
-        case '\'': r += "&#39;"; break;
-        default: r += c;
+        case '&':
+            r += "&amp;";
+            break;
+        case '<':
+            r += "&lt;";
+            break;
+        case '>':
+            r += "&gt;";
+            break;
+        case '"':
+            r += "&quot;";
+            break;
+        case '\'':
+            r += "&#39;";
+            break;
+        default:
+            r += c;
         }
     }
     return r;
