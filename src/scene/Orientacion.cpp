@@ -36,6 +36,27 @@ glm::vec3 eulerMirandoA(const glm::vec3& direccion, const glm::vec3& arriba) {
     return eulerDeMatriz(glm::mat3(derecha, arribaReal, -frente));
 }
 
+glm::vec3 arribaVertical(const glm::vec3& direccion) {
+    const float l = glm::length(direccion);
+    if (!(l > 0.0f)) return {0.0f, 1.0f, 0.0f};
+    const glm::vec3 d = direccion / l;
+    // Z projected off the view; near the vertical it comes to (almost)
+    // nothing. For a unit d, 1 - d.z² is d.x² + d.y², which keeps its digits
+    // where the view is almost vertical.
+    glm::vec3 u(0.0f - d.x * d.z, 0.0f - d.y * d.z, d.x * d.x + d.y * d.y);
+    float m = glm::length(u);
+    if (m > 0.001f) return u / m;
+    // Looking up or down: Y projected off the view, never short there.
+    u = glm::vec3(0.0f - d.x * d.y, d.x * d.x + d.z * d.z, 0.0f - d.z * d.y);
+    m = glm::length(u);
+    return u / m;
+}
+
+glm::vec3 eulerMirandoHacia(const glm::vec3& direccion) {
+    const glm::vec3 d = glm::length(direccion) > 0.001f ? direccion : glm::vec3(0.0f, 0.0f, -1.0f);
+    return eulerMirandoA(d, arribaVertical(d));
+}
+
 glm::quat cuaternionDeEuler(const glm::vec3& e) {
     return glm::angleAxis(e.x, glm::vec3(1, 0, 0)) * glm::angleAxis(e.y, glm::vec3(0, 1, 0)) *
            glm::angleAxis(e.z, glm::vec3(0, 0, 1));

@@ -23,15 +23,14 @@ void ViewportController::aplicarPaso(double t) {
     emit camaraCambiada();
 }
 
-void ViewportController::mover(const glm::vec3& posicion, const glm::vec3& objetivo, const glm::vec3& arriba,
-                               int milisegundos) {
+void ViewportController::mover(const glm::vec3& posicion, const glm::vec3& objetivo, int milisegundos) {
     auto camara = camara_.lock();
     if (!camara) return;
     animacion_.stop();
     posicionInicial_ = camara->position();
     giroInicial_ = cuaternionDeEuler(camara->eulerAngles());
     posicionFinal_ = posicion;
-    giroFinal_ = cuaternionDeEuler(eulerMirandoA(objetivo - posicion, arriba));
+    giroFinal_ = cuaternionDeEuler(eulerMirandoHacia(objetivo - posicion));
     if (glm::dot(giroInicial_, giroFinal_) < 0) giroInicial_ = -giroInicial_; // the short way round
     animacion_.setDuration(milisegundos);
     animacion_.start();
@@ -51,7 +50,7 @@ void ViewportController::enfocarCaja(const glm::dvec3& c, float r) {
     cam.zNear = std::max(r * 0.001f, 0.01f);
     camara->setCamera(cam);
     const glm::vec3 centro(c);
-    mover(centro + glm::vec3(r, -r, r), centro, {0, 0, 1}, 800);
+    mover(centro + glm::vec3(r, -r, r), centro, 800);
 }
 
 void ViewportController::aplicarVista(VistaPreset vista, const glm::dvec3& c, float r) {
@@ -63,13 +62,10 @@ void ViewportController::aplicarVista(VistaPreset vista, const glm::dvec3& c, fl
     camara->setCamera(cam);
     const glm::vec3 centro(c);
     const float d = r * 2.5f;
+    // Up is the world's Z; the view from above, along Z, takes Y.
     glm::vec3 desde(0.0f);
-    glm::vec3 arriba(0, 0, 1);
     switch (vista) {
-    case VistaPreset::arriba:
-        desde = {0, 0, d};
-        arriba = {0, 1, 0};
-        break;
+    case VistaPreset::arriba: desde = {0, 0, d}; break;
     case VistaPreset::frontal: desde = {0, -d, 0}; break;
     case VistaPreset::posterior: desde = {0, d, 0}; break;
     case VistaPreset::izquierda: desde = {-d, 0, 0}; break;
@@ -77,7 +73,7 @@ void ViewportController::aplicarVista(VistaPreset vista, const glm::dvec3& c, fl
     case VistaPreset::isoIzquierda: desde = {-d, -d, 0.7f * d}; break;
     case VistaPreset::isoDerecha: desde = {d, -d, 0.7f * d}; break;
     }
-    mover(centro + desde, centro, arriba, 600);
+    mover(centro + desde, centro, 600);
 }
 
 void ViewportController::volarA(const glm::vec3& posicion, const glm::vec3& objetivo, float cercano, float lejano,
@@ -88,7 +84,7 @@ void ViewportController::volarA(const glm::vec3& posicion, const glm::vec3& obje
     cam.zFar = lejano;
     cam.zNear = cercano;
     camara->setCamera(cam);
-    mover(posicion, objetivo, {0, 0, 1}, milisegundos);
+    mover(posicion, objetivo, milisegundos);
 }
 
 void ViewportController::actualizarCercano(std::optional<double> anterior, std::optional<double> actual,

@@ -45,7 +45,9 @@ signals:
     void camaraCambiada();
 
 private:
-    void mover(const glm::vec3& posicion, const glm::vec3& objetivo, const glm::vec3& arriba, int milisegundos);
+    // Every move looks at its target with Z as the world's vertical (Y when
+    // the view runs along Z).
+    void mover(const glm::vec3& posicion, const glm::vec3& objetivo, int milisegundos);
     void aplicarPaso(double t);
 
     std::weak_ptr<Node> camara_;

@@ -147,6 +147,10 @@ TEST(EscenaThumbnail, elementosDelClashVivoOHalladosPorNombreConGeometria) {
     EXPECT_EQ(buscarElementoConGeometria(raiz, "Tubo 7"), v.tubo);
     EXPECT_EQ(buscarElementoConGeometria(raiz, "Tubo"), nullptr);
     EXPECT_EQ(buscarElementoConGeometria(raiz, "esp_ARQ"), nullptr);
+    // By GlobalId, a same-named element is found as itself.
+    v.muroProfundo->setIdentidadIFC("3XYZ", "IfcWall");
+    EXPECT_EQ(buscarElementoConGeometria(raiz, "Muro 1", "3XYZ"), v.muroProfundo);
+    EXPECT_EQ(buscarElementoConGeometria(raiz, "Muro 1", "otro"), nullptr);
     v.muro->removeFromParentNode();
     EXPECT_EQ(buscarElementoConGeometria(raiz, "Muro 1"), v.muroProfundo);
 }
@@ -191,11 +195,12 @@ TEST(EscenaThumbnail, lucesYCamara) {
         EXPECT_NEAR(p.z - objetivo.z, c.d, 1e-4f);
         EXPECT_FLOAT_EQ(t.camara->camera()->zFar, c.zFar);
         EXPECT_FLOAT_EQ(t.camara->camera()->zNear, c.zNear);
-        // It looks at the target, upright (its right vector stays level).
+        // It looks at the target, upright in the Z-up world: its right vector
+        // stays level and its up leans to Z.
         const glm::mat4 m = t.camara->worldTransform();
         EXPECT_GT(glm::dot(glm::normalize(-glm::vec3(m[2])), glm::normalize(objetivo - p)),
                   0.99999f);
-        EXPECT_NEAR(glm::vec3(m[0]).y, 0.0f, 1e-5f);
-        EXPECT_GT(glm::vec3(m[1]).y, 0.0f);
+        EXPECT_NEAR(glm::vec3(m[0]).z, 0.0f, 1e-5f);
+        EXPECT_GT(glm::vec3(m[1]).z, 0.0f);
     }
 }

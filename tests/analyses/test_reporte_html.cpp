@@ -1,5 +1,5 @@
-// The printable report of a clash analysis: the whole document, the file name,
-// the date text and the write of the file.
+// The printable report of a clash analysis: the whole document, its names
+// escaped, the file name, the date text and the write of the file.
 #include "analyses/clash/ReporteHTML.h"
 
 #include <QFile>
@@ -18,7 +18,7 @@ Interferencia clash(const std::string& id, const std::string& a, const std::stri
     return {id, {}, {}, "ARQ", "MEP", a, b, {}, {}, 0.5, e, {}, {}};
 }
 
-// Names with "&", "<", ">" and quotes: the report writes every value as it is.
+// Names with "&", "<", ">" and both quotes, which the report escapes.
 AnalisisInterferencias analisisDePrueba() {
     AnalisisInterferencias a;
     a.nombre = "R&D <Fase 1>";
@@ -71,7 +71,9 @@ TEST(ReporteHTML, documentoConCabeceraTarjetasFilasYPie) {
                                             QString::fromStdString(fecha));
 
     EXPECT_EQ(
-        html.rfind("<!DOCTYPE html><html lang=\"es\">\n<head><meta charset=\"UTF-8\">\n<style>", 0),
+        html.rfind("<!DOCTYPE html><html lang=\"es\">\n<head><meta charset=\"UTF-8\">\n"
+                   "<title>Informe de Interferencias BIM · R&amp;D &lt;Fase 1&gt;</title>\n<style>",
+                   0),
         0u);
     const auto finEstilo = html.find("</style>");
     const std::string css = html.substr(0, finEstilo);
@@ -81,24 +83,27 @@ TEST(ReporteHTML, documentoConCabeceraTarjetasFilasYPie) {
         EXPECT_NE(css.find(regla), std::string::npos) << regla;
 
     // One row per clash, numbered from 1 in list order; only the clash with
-    // PNG bytes gets an image, empty bytes and a missing entry the empty box.
+    // PNG bytes gets an image, with its alt text, empty bytes and a missing
+    // entry the empty box. Names escaped.
     const char* const badges[] = {"abierto\">Abierto",   "enrevision\">En revisión",
                                   "aprobado\">Aprobado", "resuelto\">Resuelto",
                                   "abierto\">Abierto",   "resuelto\">Resuelto",
                                   "abierto\">Abierto"};
     std::string filas;
     for (std::size_t k = 0; k < a.interferencias.size(); ++k)
-        filas += "<tr>\n<td style=\"text-align:right;color:#999;\">" + std::to_string(k + 1) +
-                 "</td><td>" +
-                 (k == 1 ? "<img class='thumb' src='data:image/png;base64,iVBORw0KGgpmYWxzbw=='>"
-                         : "<div class='thumb'></div>") +
-                 "</td><td><b>" + a.interferencias[k].nombreA +
-                 "</b></td><td style=\"color:#666;\">ARQ</td><td><b>" +
-                 a.interferencias[k].nombreB +
-                 "</b></td><td style=\"color:#666;\">MEP</td><td><span class=\"badge " + badges[k] +
-                 "</span></td></tr>";
+        filas +=
+            "<tr>\n<td style=\"text-align:right;color:#999;\">" + std::to_string(k + 1) +
+            "</td><td>" +
+            (k == 1 ? "<img class='thumb' alt='Vista 3D de la interferencia 2: Muro 2 ↔ Tubo 2' "
+                      "src='data:image/png;base64,iVBORw0KGgpmYWxzbw=='>"
+                    : "<div class='thumb'></div>") +
+            "</td><td><b>" + (k == 2 ? "Losa &lt;3&gt;" : a.interferencias[k].nombreA) +
+            "</b></td><td style=\"color:#666;\">ARQ</td><td><b>" +
+            (k == 2 ? "Ducto &quot;3&quot; &amp; &#39;x&#39;" : a.interferencias[k].nombreB) +
+            "</b></td><td style=\"color:#666;\">MEP</td><td><span class=\"badge " + badges[k] +
+            "</span></td></tr>";
     EXPECT_EQ(html.substr(finEstilo),
-              cuerpo("R&D <Fase 1>", fecha,
+              cuerpo("R&amp;D &lt;Fase 1&gt;", fecha,
                      "Tolerancia: 0.025 m &nbsp;·&nbsp; 7 colisiones detectadas", {7, 3, 1, 1, 2},
                      filas));
     // Pending are the open and the under review; an approved clash is neither
@@ -109,7 +114,7 @@ TEST(ReporteHTML, documentoConCabeceraTarjetasFilasYPie) {
     a.tolerancia = 0.0;
     html = documentoReporteHTML(a, {}, QStringLiteral("F"));
     EXPECT_EQ(html.substr(html.find("</style>")),
-              cuerpo("R&D <Fase 1>", "F",
+              cuerpo("R&amp;D &lt;Fase 1&gt;", "F",
                      "Tolerancia: 0.000 m &nbsp;·&nbsp; 0 colisiones detectadas", {0, 0, 0, 0, 0},
                      ""));
 }

@@ -1,6 +1,7 @@
 // The save panel of a BCF archive under Xvfb: its title, message, suggested
-// name and modality; confirming copies the archive to the chosen place and
-// reports true; cancelling reports false and writes nothing.
+// name, modality and its two file types; confirming copies the archive of the
+// chosen type to the chosen place and reports true; cancelling reports false
+// and writes nothing.
 #include "analyses/bcf/ui/GuardadoBCF.h"
 
 #include <QApplication>
@@ -18,8 +19,11 @@ class PruebaGuardadoBCF : public QObject {
 private slots:
     void initTestCase() {
         QVERIFY(carpeta_.isValid());
-        QFile f(archivo_);
-        QVERIFY(f.open(QIODevice::WriteOnly) && f.write(contenido_) == contenido_.size());
+        for (const auto& [ruta, datos] : {std::pair(archivos_.estandar, contenido_),
+                                          std::pair(archivos_.literal, contenidoLiteral_)}) {
+            QFile f(ruta);
+            QVERIFY(f.open(QIODevice::WriteOnly) && f.write(datos) == datos.size());
+        }
     }
 
     void confirmarCopiaElArchivo() {
@@ -37,6 +41,11 @@ private slots:
         auto* campo = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
         QVERIFY(campo);
         QCOMPARE(campo->text(), QStringLiteral("Fase 23 ok.bcf"));
+        QCOMPARE(
+            panel->nameFilters(),
+            QStringList({QStringLiteral("BCF 2.1 (*.bcf *.bcfzip)"),
+                         QStringLiteral("BCF 2.1 — formato literal TESKAL (*.bcf *.bcfzip)")}));
+        QCOMPARE(panel->selectedNameFilter(), panel->nameFilters()[0]);
         QVERIFY(!resultado_);
 
         // The user picks a folder of their own and keeps the suggested name.
@@ -44,9 +53,19 @@ private slots:
         panel->setDirectory(carpeta_.filePath(QStringLiteral("destino")));
         QTest::keyClick(campo, Qt::Key_Return);
         QTRY_COMPARE(resultado_, std::optional(true));
-        QFile copia(carpeta_.filePath(QStringLiteral("destino/Fase 23 ok.bcf")));
-        QVERIFY(copia.open(QIODevice::ReadOnly));
-        QCOMPARE(copia.readAll(), contenido_);
+        QCOMPARE(leer(carpeta_.filePath(QStringLiteral("destino/Fase 23 ok.bcf"))), contenido_);
+        QTRY_VERIFY(panelAbierto() == nullptr);
+
+        // The second file type saves the literal form's archive.
+        panel = abrir(&ventana, "Literal.bcf");
+        QVERIFY(panel);
+        panel->setDirectory(carpeta_.filePath(QStringLiteral("destino")));
+        panel->selectNameFilter(panel->nameFilters()[1]);
+        campo = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        QCOMPARE(campo->text(), QStringLiteral("Literal.bcf"));
+        QTest::keyClick(campo, Qt::Key_Return);
+        QTRY_COMPARE(resultado_, std::optional(true));
+        QCOMPARE(leer(carpeta_.filePath(QStringLiteral("destino/Literal.bcf"))), contenidoLiteral_);
         QTRY_VERIFY(panelAbierto() == nullptr);
     }
 
@@ -66,16 +85,26 @@ private:
         return d && d->objectName() == QStringLiteral("panelBCF") ? d : nullptr;
     }
 
-    // Opens the panel for the temporary archive; its answer lands in resultado_.
+    static QByteArray leer(const QString& ruta) {
+        QFile f(ruta);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+
+    // Opens the panel for the temporary archives; its answer lands in resultado_.
     QFileDialog* abrir(QWidget* padre, const std::string& nombre) {
         resultado_.reset();
-        guardarBCF(padre, nombre, archivo_, [this](bool ok) { resultado_ = ok; });
+        ArchivosBCF archivos = archivos_;
+        archivos.nombre = nombre;
+        guardarBCF(padre, archivos, [this](bool ok) { resultado_ = ok; });
         return QTest::qWaitFor([] { return panelAbierto() != nullptr; }) ? panelAbierto() : nullptr;
     }
 
     QTemporaryDir carpeta_;
-    const QString archivo_ = carpeta_.filePath(QStringLiteral("archivo_temporal.bcf"));
+    const ArchivosBCF archivos_{{},
+                                carpeta_.filePath(QStringLiteral("estandar.bcf")),
+                                carpeta_.filePath(QStringLiteral("literal.bcf"))};
     const QByteArray contenido_{"PK\x03\x04 contenido del archivo", 26};
+    const QByteArray contenidoLiteral_{"PK\x03\x04 forma literal", 19};
     std::optional<bool> resultado_;
 };
 

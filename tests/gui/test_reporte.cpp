@@ -2,7 +2,9 @@
 // offscreen and checked where the two elements project, the report window
 // before and after its thumbnails, the windows that "Ver Reporte" opens, and
 // the HTML file handed to the browser or the alert when it can't be written.
+#include "../lector_bcf.h"
 #include "analyses/clash/EscenaThumbnail.h"
+#include "analyses/clash/ReporteHTML.h"
 #include "analyses/clash/ui/ReporteAnalisisView.h"
 #include "analyses/clash/ui/ThumbnailInterferencia.h"
 #include "app/ui/VentanaPrincipal.h"
@@ -12,16 +14,19 @@
 #include "viewport/render/RenderizadorImagenes.h"
 
 #include <QApplication>
+#include <QCryptographicHash>
 #include <QDesktopServices>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileDialog>
+#include <QJsonArray>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QTextDocument>
 #include <QToolButton>
 #include <QtTest>
 
@@ -53,8 +58,8 @@ std::shared_ptr<Node> caja(const std::string& nombre, glm::vec3 a, glm::vec3 b) 
 Interferencia clashVivo(const std::string& id, const std::string& a, const std::string& b) {
     Interferencia i;
     i.id = id;
-    i.nodoA = caja(a, {-0.75f, -0.25f, 0.25f}, {-0.25f, 0.25f, 0.75f});
-    i.nodoB = caja(b, {0.25f, -0.25f, -0.75f}, {0.75f, 0.25f, -0.25f});
+    i.nodoA = caja(a, {-0.25f, -0.75f, -0.25f}, {0.25f, -0.25f, 0.25f});
+    i.nodoB = caja(b, {-0.25f, 0.25f, -0.25f}, {0.25f, 0.75f, 0.25f});
     i.nombreA = a;
     i.nombreB = b;
     i.especialidadA = "ARQ";
@@ -154,7 +159,7 @@ private slots:
 
         // The centres of the two boxes, projected with the thumbnail's camera.
         const EscenaThumbnail t = escenaThumbnail(i, nullptr);
-        const QPoint a = pixelDe(t, {-0.5f, 0, 0.5f}), b = pixelDe(t, {0.5f, 0, -0.5f});
+        const QPoint a = pixelDe(t, {0, -0.5f, 0}), b = pixelDe(t, {0, 0.5f, 0});
         QVERIFY(imagen.rect().contains(a) && imagen.rect().contains(b));
         QVERIFY(a.x() < b.x() - 40); // A stands left of B, well apart
         QVERIFY2(esRojo(imagen.pixel(a)) && esAzul(imagen.pixel(b)),
@@ -180,6 +185,49 @@ private slots:
         viva.rootNode()->addChildNode(i.nodoB);
         const QImage hallada = renderThumbnail(clashRestaurado("ID-3", "Muro", "Tubo"), &viva, r);
         QVERIFY(esRojo(hallada.pixel(a)) && esAzul(hallada.pixel(b)));
+    }
+
+    void columnaDePieEnElThumbnail() {
+        // A column 1.2 m high on a 0.2 m square, in the Z-up world: its red
+        // pixels make a shape several times taller than wide.
+        RenderizadorImagenes r;
+        QVERIFY(r.valido());
+        Interferencia i = clashVivo("ID-C", "Columna", "Viga");
+        i.nodoA = caja("Columna", {-0.1f, -0.1f, -0.6f}, {0.1f, 0.1f, 0.6f});
+        i.nodoB = caja("Viga", {0.3f, -0.05f, -0.65f}, {0.5f, 0.05f, -0.55f});
+        const QImage imagen = renderThumbnail(i, nullptr, r);
+        QRect rojo;
+        for (int y = 0; y < imagen.height(); ++y)
+            for (int x = 0; x < imagen.width(); ++x)
+                if (esRojo(imagen.pixel(x, y))) rojo |= QRect(x, y, 1, 1);
+        QVERIFY(!rojo.isEmpty());
+        QVERIFY2(rojo.height() > 2 * rojo.width(),
+                 qPrintable(QStringLiteral("%1 x %2").arg(rojo.width()).arg(rojo.height())));
+    }
+
+    void htmlMuestraLosNombresComoTexto() {
+        // Read by an HTML parser, each name from a user or an IFC file comes
+        // out as the text it is: no element, script or attribute of its own;
+        // the same for the title and an image's alt text.
+        Interferencia i = clashVivo("ID-1", "<b>A&B</b>", "x' onerror='alert(1)");
+        i.especialidadA = "<i>ARQ</i>";
+        const AnalisisInterferencias a = analisis("<script>alert('x')</script> & \"A\"", {i});
+        const std::string html =
+            documentoReporteHTML(a, {{"ID-1", QByteArray("\x89PNG", 4)}}, QStringLiteral("<F>"));
+        QVERIFY(!QString::fromStdString(html).contains(QStringLiteral("<script")));
+        QTextDocument documento;
+        documento.setHtml(QString::fromStdString(html));
+        QCOMPARE(
+            documento.metaInformation(QTextDocument::DocumentTitle),
+            QStringLiteral("Informe de Interferencias BIM · <script>alert('x')</script> & \"A\""));
+        const QString texto = documento.toPlainText();
+        for (const char* nombre : {"<script>alert('x')</script> & \"A\"", "<b>A&B</b>",
+                                   "x' onerror='alert(1)", "<i>ARQ</i>", "Fecha: <F>"})
+            QVERIFY2(texto.contains(QString::fromUtf8(nombre)), nombre);
+        // The alt text keeps the apostrophes inside its attribute.
+        QVERIFY(QString::fromStdString(html).contains(QStringLiteral(
+            "alt='Vista 3D de la interferencia 1: &lt;b&gt;A&amp;B&lt;/b&gt; ↔ x&#39; "
+            "onerror=&#39;alert(1)' src=")));
     }
 
     void ventanaAvisaYLuegoLlenaLaTabla() {
@@ -267,7 +315,8 @@ private slots:
         QVERIFY(f.open(QIODevice::ReadOnly));
         const QByteArray html = f.readAll();
         QVERIFY(html.startsWith("<!DOCTYPE html>"));
-        QVERIFY(html.contains("<td><b>A&B</b></td>") && html.contains("<td><b><C></b></td>"));
+        QVERIFY(html.contains("<td><b>A&amp;B</b></td>") &&
+                html.contains("<td><b>&lt;C&gt;</b></td>"));
         const int desde = html.indexOf("base64,") + 7;
         QVERIFY(desde > 7);
         const QImage png = QImage::fromData(
@@ -320,15 +369,28 @@ private slots:
         QTRY_COMPARE(terminado, std::optional<bool>(true));
         QCOMPARE(resultado->findChildren<QLabel*>().last()->text(),
                  QStringLiteral("BCF exportado"));
+        QList<QByteArray> snapshots;
         for (const std::string& id : {idA, idB}) {
             QProcess unzip;
             unzip.start(QStringLiteral("/usr/bin/unzip"),
                         {QStringLiteral("-p"), destino + QStringLiteral("/Fase 23 ok.bcf"),
                          QString::fromStdString(id + "/snapshot.png")});
             QVERIFY(unzip.waitForFinished(30000) && unzip.exitCode() == 0);
-            QCOMPARE(rgb(QImage::fromData(unzip.readAllStandardOutput(), "PNG")),
-                     rgb(v.thumbnails().at(id)));
+            const QByteArray snapshot = unzip.readAllStandardOutput();
+            QCOMPARE(rgb(QImage::fromData(snapshot, "PNG")), rgb(v.thumbnails().at(id)));
+            snapshots.push_back(
+                QCryptographicHash::hash(snapshot, QCryptographicHash::Md5).toHex());
         }
+        // The archive saved is the standard one, which bcf-client reads whole.
+        const teskal::pruebas::LecturaBCF leido =
+            teskal::pruebas::leerConBcfClient(destino + QStringLiteral("/Fase 23 ok.bcf"));
+        QVERIFY2(leido.error.isEmpty(), qPrintable(leido.error));
+        const QJsonArray temas = leido.datos[QStringLiteral("temas")].toArray();
+        QCOMPARE(temas.size(), 2);
+        QCOMPARE(temas[0][QStringLiteral("titulo")].toString(), QStringLiteral("A&B ↔ <C>"));
+        for (int k = 0; k < 2; ++k)
+            QCOMPARE(temas[k][QStringLiteral("vistas")][0][QStringLiteral("snapshot")].toString(),
+                     QString::fromLatin1(snapshots[k]));
     }
 
     void verReporteAbreVentanasQueSobrevivenAlCierre() {

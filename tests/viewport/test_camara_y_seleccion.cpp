@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <cmath>
 #include <glm/geometric.hpp>
 #include <gtest/gtest.h>
 
@@ -88,6 +89,43 @@ TEST(Camara, enfocarCajaYVistasPreset) {
         esperarCerca(frente(*b.camara), glm::normalize(-k.desde));
         // The image's up leans toward the preset's up.
         EXPECT_GT(glm::dot(arriba(*b.camara), k.arriba), 0.5f);
+    }
+}
+
+TEST(Camara, vueloAUnClashConZVertical) {
+    // The flight to a stored viewpoint looks at its target with Z as the
+    // world's vertical: the picture's up is Z made perpendicular to the view,
+    // so its right vector stays level; looking along Z (within the threshold)
+    // up is Y; a target on the camera looks down.
+    struct Caso {
+        glm::vec3 desde, hacia, frente, arriba;
+    };
+    const float s = std::sqrt(0.5f);
+    const Caso casos[] = {
+        {{3, 2, 3}, {0, 0, 0}, glm::normalize(glm::vec3(-3, -2, -3)), {}},
+        {{0, -5, 0}, {0, 0, 0}, {0, 1, 0}, {0, 0, 1}},
+        {{1, 1, 9}, {1, 1, 1}, {0, 0, -1}, {0, 1, 0}},
+        {{1, 1, -9}, {1, 1, 1}, {0, 0, 1}, {0, 1, 0}},
+        {{0.00001f, 0, 5}, {0, 0, 0}, {0, 0, -1}, {0, 1, 0}},
+        {{2, 0, 2}, {0, 0, 0}, {-s, 0, -s}, {-s, 0, s}},
+        {{4, 4, 4}, {4, 4, 4}, {0, 0, -1}, {0, 1, 0}},
+    };
+    for (const Caso& k : casos) {
+        Banco b;
+        b.cv.viewport.volarA(k.desde, k.hacia, 0.02f, 500.0f, 800);
+        b.cv.viewport.terminarAnimacion();
+        const glm::vec3 f = frente(*b.camara), u = arriba(*b.camara);
+        const glm::vec3 derecha = glm::cross(f, u);
+        SCOPED_TRACE(testing::Message() << u.x << " " << u.y << " " << u.z);
+        esperarCerca(b.camara->position(), k.desde);
+        esperarCerca(f, k.frente);
+        EXPECT_NEAR(glm::dot(f, u), 0.0f, 1e-5f);
+        if (k.arriba == glm::vec3(0)) {
+            EXPECT_NEAR(derecha.z, 0.0f, 1e-5f); // level
+            EXPECT_GT(u.z, 0.0f);
+        } else {
+            esperarCerca(u, k.arriba);
+        }
     }
 }
 

@@ -1,6 +1,5 @@
 #include "analyses/bcf/BCFExporter.h"
 
-#include "analyses/bcf/TextosBCF.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -63,7 +62,11 @@ std::optional<BCFExporter::Archivo> escribir(const BCFExporter& e) {
         return std::nullopt;
     const std::string projectId = uuidNuevo().toStdString();
     if (!escribirTexto(carpeta, QStringLiteral("project.bcfp"),
-                       textoProyectoBCF(projectId, e.nombreProyecto)))
+                       textoProyectoBCF(projectId, e.nombreProyecto, e.forma)))
+        return std::nullopt;
+    // The schema project.bcfp points to, shipped beside it.
+    if (e.forma == FormaBCF::estandar &&
+        !escribirTexto(carpeta, QStringLiteral("extensions.xsd"), textoExtensionesBCF(e.analisis)))
         return std::nullopt;
 
     for (const Interferencia& i : e.analisis.interferencias) {
@@ -72,9 +75,9 @@ std::optional<BCFExporter::Archivo> escribir(const BCFExporter& e) {
         const QDir tema(carpeta.filePath(id));
         const std::string viewpointGuid = uuidNuevo().toStdString();
         if (!escribirTexto(tema, QStringLiteral("markup.bcf"),
-                           textoMarkupBCF(e.analisis, i, viewpointGuid)) ||
+                           textoMarkupBCF(e.analisis, i, viewpointGuid, e.forma)) ||
             !escribirTexto(tema, QStringLiteral("viewpoint.bcfv"),
-                           textoViewpointBCF(i, viewpointGuid)))
+                           textoViewpointBCF(i, viewpointGuid, e.forma)))
             return std::nullopt;
         // The markup names the snapshot either way; a thumbnail that is
         // missing, not a PNG or can't be written just leaves it out.
@@ -86,7 +89,14 @@ std::optional<BCFExporter::Archivo> escribir(const BCFExporter& e) {
 
     BCFExporter::Archivo archivo;
     archivo.nombre = nombreArchivoBCF(e.analisis.nombre);
-    archivo.ruta = QDir(temporal).filePath(QString::fromStdString(archivo.nombre));
+    QDir destino(temporal);
+    // The literal form's archive keeps the same name in a folder of its own.
+    if (e.forma == FormaBCF::literalTESKAL) {
+        const QString literal = QStringLiteral("BCF literal TESKAL");
+        if (!destino.mkpath(literal)) return std::nullopt;
+        destino.setPath(destino.filePath(literal));
+    }
+    archivo.ruta = destino.filePath(QString::fromStdString(archivo.nombre));
     QFile::remove(archivo.ruta); // zip would add to an old archive; a failure shows in zip
     if (!comprimir(rutaCarpeta, archivo.ruta)) return std::nullopt;
     return archivo;
@@ -112,14 +122,21 @@ void BCFExporter::exportar(Guardar guardar, Completion completion) const {
     }
     QThreadPool::globalInstance()->start([copia = std::move(copia), guardar = std::move(guardar),
                                           completion = std::move(completion)]() mutable {
-        std::optional<Archivo> archivo = copia.escribirArchivo();
+        // Both forms, so that the save panel can offer either.
+        std::optional<ArchivosBCF> archivos;
+        copia.forma = FormaBCF::estandar;
+        if (const auto estandar = copia.escribirArchivo()) {
+            copia.forma = FormaBCF::literalTESKAL;
+            if (const auto literal = copia.escribirArchivo())
+                archivos = ArchivosBCF{estandar->nombre, estandar->ruta, literal->ruta};
+        }
         // The closures travel on to the main thread, where they end.
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [archivo = std::move(archivo), guardar = std::move(guardar),
+            [archivos = std::move(archivos), guardar = std::move(guardar),
              completion = std::move(completion)] {
-                if (archivo)
-                    guardar(archivo->nombre, archivo->ruta, completion);
+                if (archivos)
+                    guardar(*archivos, completion);
                 else
                     completion(false);
             },

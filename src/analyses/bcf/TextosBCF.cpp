@@ -6,7 +6,10 @@
 
 #include <QString>
 #include <QTextBoundaryFinder>
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <vector>
 
 namespace teskal {
 
@@ -16,26 +19,87 @@ constexpr std::string_view xsins = "http://www.w3.org/2001/XMLSchema-instance";
 
 } // namespace
 
+namespace {
+
+void anadirEscapado(std::string& r, char c) {
+    switch (c) {
+    case '&':
+        r += "&amp;";
+        break;
+    case '<':
+        r += "&lt;";
+        break;
+    case '>':
+        r += "&gt;";
+        break;
+    case '"':
+        r += "&quot;";
+        break;
+    default:
+        r += c;
+    }
+}
+
+// The length of the well-formed UTF-8 sequence at the start of `s`, 0 when it
+// is not one (a stray continuation byte, a truncated or overlong sequence, a
+// surrogate or a code point above U+10FFFF).
+std::size_t secuenciaUTF8(std::string_view s) {
+    const auto b = [&s](std::size_t k) { return static_cast<unsigned char>(s[k]); };
+    const unsigned char c = b(0);
+    if (c < 0x80) return 1;
+    std::size_t n = 0;
+    unsigned char min2 = 0x80, max2 = 0xBF; // the range the second byte may take
+    if (c >= 0xC2 && c <= 0xDF) {
+        n = 2;
+    } else if (c >= 0xE0 && c <= 0xEF) {
+        n = 3;
+        if (c == 0xE0)
+            min2 = 0xA0; // overlong
+        else if (c == 0xED)
+            max2 = 0x9F; // surrogates
+    } else if (c >= 0xF0 && c <= 0xF4) {
+        n = 4;
+        if (c == 0xF0)
+            min2 = 0x90; // overlong
+        else if (c == 0xF4)
+            max2 = 0x8F; // above U+10FFFF
+    } else {
+        return 0;
+    }
+    if (s.size() < n || b(1) < min2 || b(1) > max2) return 0;
+    for (std::size_t k = 2; k < n; ++k)
+        if ((b(k) & 0xC0) != 0x80) return 0;
+    return n;
+}
+
+} // namespace
+
 std::string escaparXML(std::string_view texto) {
     std::string r;
     r.reserve(texto.size());
-    for (const char c : texto) {
-        switch (c) {
-        case '&':
-            r += "&amp;";
-            break;
-        case '<':
-            r += "&lt;";
-            break;
-        case '>':
-            r += "&gt;";
-            break;
-        case '"':
-            r += "&quot;";
-            break;
-        default:
-            r += c;
+    for (const char c : texto) anadirEscapado(r, c);
+    return r;
+}
+
+std::string textoXML(std::string_view texto) {
+    std::string r;
+    r.reserve(texto.size());
+    std::size_t k = 0;
+    while (k < texto.size()) {
+        const std::size_t n = secuenciaUTF8(texto.substr(k));
+        if (n == 0) {
+            r += "\xEF\xBF\xBD"; // U+FFFD for the byte that is not UTF-8
+            ++k;
+            continue;
         }
+        const unsigned char c = static_cast<unsigned char>(texto[k]);
+        if (n == 1) {
+            if (c >= 0x20 || c == '\t' || c == '\n' || c == '\r') anadirEscapado(r, texto[k]);
+        } else if (!(n == 3 && c == 0xEF && texto[k + 1] == '\xBF' &&
+                     (texto[k + 2] == '\xBE' || texto[k + 2] == '\xBF'))) { // U+FFFE, U+FFFF
+            r.append(texto.substr(k, n));
+        }
+        k += n;
     }
     return r;
 }
@@ -45,6 +109,15 @@ std::string guidBCF(std::string_view id) {
     for (char& c : r)
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
     return r;
+}
+
+bool esIfcGuid(std::string_view globalId) {
+    if (globalId.size() != 22) return false;
+    for (const char c : globalId)
+        if (!((c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+              c == '_' || c == '$'))
+            return false;
+    return true;
 }
 
 std::string textoVersionBCF() {
@@ -58,7 +131,17 @@ std::string textoVersionBCF() {
     return t;
 }
 
-std::string textoProyectoBCF(std::string_view projectId, std::string_view nombreProyecto) {
+namespace {
+
+// A value as the form writes text.
+std::string texto(FormaBCF forma, std::string_view valor) {
+    return forma == FormaBCF::estandar ? textoXML(valor) : escaparXML(valor);
+}
+
+} // namespace
+
+std::string textoProyectoBCF(std::string_view projectId, std::string_view nombreProyecto,
+                             FormaBCF forma) {
     std::string t;
     t += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
     t += "<ProjectExtension xmlns:xsi=\"";
@@ -67,7 +150,7 @@ std::string textoProyectoBCF(std::string_view projectId, std::string_view nombre
     t += "    <Project ProjectId=\"";
     t += projectId;
     t += "\">\n        <Name>";
-    t += escaparXML(nombreProyecto);
+    t += texto(forma, nombreProyecto);
     t += "</Name>\n    </Project>\n";
     t += "    <ExtensionSchema>extensions.xsd</ExtensionSchema>\n";
     t += "</ProjectExtension>";
@@ -75,7 +158,8 @@ std::string textoProyectoBCF(std::string_view projectId, std::string_view nombre
 }
 
 std::string textoMarkupBCF(const AnalisisInterferencias& analisis, const Interferencia& i,
-                           std::string_view viewpointGuid) {
+                           std::string_view viewpointGuid, FormaBCF forma) {
+    const bool estandar = forma == FormaBCF::estandar;
     const std::string fecha = textoFechaJson(analisis.fecha).toStdString();
     const std::string titulo = i.nombreA + " ↔ " + i.nombreB;
     const std::string descripcion = "Interferencia entre " + i.especialidadA + " y " +
@@ -91,25 +175,50 @@ std::string textoMarkupBCF(const AnalisisInterferencias& analisis, const Interfe
     t += "\" TopicType=\"Clash\" TopicStatus=\"";
     t += estadoBCF(i.estado);
     t += "\">\n        <Title>";
-    t += escaparXML(titulo);
-    t += "</Title>\n        <CreationDate>";
+    t += texto(forma, titulo);
+    t += "</Title>\n";
+    // The schema wants each label as an element of its own, right after the title.
+    if (estandar) {
+        t += "        <Labels>Clash</Labels>\n        <Labels>";
+        t += texto(forma, i.especialidadA);
+        t += "</Labels>\n        <Labels>";
+        t += texto(forma, i.especialidadB);
+        t += "</Labels>\n";
+    }
+    t += "        <CreationDate>";
     t += fecha;
     t += "</CreationDate>\n        <CreationAuthor>TESKAL</CreationAuthor>\n        <ModifiedDate>";
     t += fecha;
     t += "</ModifiedDate>\n        <ModifiedAuthor>TESKAL</ModifiedAuthor>\n        <Description>";
-    t += escaparXML(descripcion);
-    t += "</Description>\n        <Labels>\n            <Label>Clash</Label>\n            <Label>";
-    t += escaparXML(i.especialidadA);
-    t += "</Label>\n            <Label>";
-    t += escaparXML(i.especialidadB);
-    t += "</Label>\n        </Labels>\n    </Topic>\n    <Viewpoints>\n        <ViewPoint Guid=\"";
-    t += viewpointGuid;
-    t += "\">\n";
-    t += "            <Viewpoint>viewpoint.bcfv</Viewpoint>\n";
-    t += "            <Snapshot>snapshot.png</Snapshot>\n";
-    t += "            <Index>0</Index>\n";
-    t += "        </ViewPoint>\n";
-    t += "    </Viewpoints>\n";
+    t += texto(forma, descripcion);
+    t += "</Description>\n";
+    if (!estandar) {
+        t += "        <Labels>\n            <Label>Clash</Label>\n            <Label>";
+        t += escaparXML(i.especialidadA);
+        t += "</Label>\n            <Label>";
+        t += escaparXML(i.especialidadB);
+        t += "</Label>\n        </Labels>\n";
+    }
+    t += "    </Topic>\n";
+    if (estandar) {
+        // Viewpoints is itself the viewpoint: its Guid, file, snapshot and index.
+        t += "    <Viewpoints Guid=\"";
+        t += viewpointGuid;
+        t += "\">\n";
+        t += "        <Viewpoint>viewpoint.bcfv</Viewpoint>\n";
+        t += "        <Snapshot>snapshot.png</Snapshot>\n";
+        t += "        <Index>0</Index>\n";
+        t += "    </Viewpoints>\n";
+    } else {
+        t += "    <Viewpoints>\n        <ViewPoint Guid=\"";
+        t += viewpointGuid;
+        t += "\">\n";
+        t += "            <Viewpoint>viewpoint.bcfv</Viewpoint>\n";
+        t += "            <Snapshot>snapshot.png</Snapshot>\n";
+        t += "            <Index>0</Index>\n";
+        t += "        </ViewPoint>\n";
+        t += "    </Viewpoints>\n";
+    }
     t += "</Markup>";
     return t;
 }
@@ -132,26 +241,11 @@ void anadirVector(std::string& t, const char* formatoValor, const glm::vec3& v) 
     t += "            <Z>" + numero(formatoValor, v.z) + "</Z>\n";
 }
 
-void anadirComponente(std::string& t, std::string_view nombre) {
-    t += "            <Component>\n";
-    t += "                <OriginatingSystem>TESKAL</OriginatingSystem>\n";
-    t += "                <AuthoringToolId>";
-    t += escaparXML(nombre);
-    t += "</AuthoringToolId>\n";
-    t += "            </Component>\n";
+bool esFinito(const glm::vec3& v) {
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
-} // namespace
-
-std::string textoViewpointBCF(const Interferencia& i, std::string_view viewpointGuid) {
-    const CamaraBCF c = camaraBCF(i.viewpointPos, i.viewpointTarget);
-    std::string t;
-    t += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-    t += "<VisualizationInfo xmlns:xsi=\"";
-    t += xsins;
-    t += "\" Guid=\"";
-    t += viewpointGuid;
-    t += "\" xsi:noNamespaceSchemaLocation=\"viewpoint.xsd\">\n";
+void anadirCamara(std::string& t, const CamaraBCF& c) {
     t += "    <PerspectiveCamera>\n";
     t += "        <CameraViewPoint>\n";
     anadirVector(t, "%.4f", c.posicion);
@@ -164,15 +258,95 @@ std::string textoViewpointBCF(const Interferencia& i, std::string_view viewpoint
     t += "        </CameraUpVector>\n";
     t += "        <FieldOfView>60.0</FieldOfView>\n";
     t += "    </PerspectiveCamera>\n";
+}
+
+void anadirComponente(std::string& t, std::string_view nombre, std::string_view globalId,
+                      FormaBCF forma) {
+    if (forma == FormaBCF::estandar && esIfcGuid(globalId)) {
+        t += "            <Component IfcGuid=\"";
+        t += globalId;
+        t += "\">\n";
+    } else {
+        t += "            <Component>\n";
+    }
+    t += "                <OriginatingSystem>TESKAL</OriginatingSystem>\n";
+    t += "                <AuthoringToolId>";
+    t += texto(forma, nombre);
+    t += "</AuthoringToolId>\n";
+    t += "            </Component>\n";
+}
+
+void anadirComponentes(std::string& t, const Interferencia& i, FormaBCF forma) {
     t += "    <Components>\n";
     t += "        <Selection>\n";
-    anadirComponente(t, i.nombreA);
-    anadirComponente(t, i.nombreB);
+    anadirComponente(t, i.nombreA, i.globalIdA, forma);
+    anadirComponente(t, i.nombreB, i.globalIdB, forma);
     t += "        </Selection>\n";
     t += "        <Visibility DefaultVisibility=\"true\"/>\n";
     t += "    </Components>\n";
+}
+
+} // namespace
+
+std::string textoViewpointBCF(const Interferencia& i, std::string_view viewpointGuid,
+                              FormaBCF forma) {
+    const bool estandar = forma == FormaBCF::estandar;
+    const CamaraBCF c = estandar ? camaraBCF(i.viewpointPos, i.viewpointTarget)
+                                 : camaraBCFLiteral(i.viewpointPos, i.viewpointTarget);
+    std::string t;
+    t += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+    t += "<VisualizationInfo xmlns:xsi=\"";
+    t += xsins;
+    t += "\" Guid=\"";
+    t += viewpointGuid;
+    t += estandar ? "\" xsi:noNamespaceSchemaLocation=\"visinfo.xsd\">\n"
+                  : "\" xsi:noNamespaceSchemaLocation=\"viewpoint.xsd\">\n";
+    if (estandar) {
+        // The schema's order: components, then the camera. A camera that is
+        // not finite everywhere shows nothing, and the schema lets it be absent.
+        anadirComponentes(t, i, forma);
+        if (esFinito(c.posicion) && esFinito(c.direccion) && esFinito(c.arriba)) anadirCamara(t, c);
+    } else {
+        anadirCamara(t, c);
+        anadirComponentes(t, i, forma);
+    }
     t += "    <ClippingPlanes/>\n";
     t += "</VisualizationInfo>";
+    return t;
+}
+
+std::string textoExtensionesBCF(const AnalisisInterferencias& analisis) {
+    std::vector<std::string_view> etiquetas{"Clash"};
+    for (const Interferencia& i : analisis.interferencias)
+        for (const std::string* e : {&i.especialidadA, &i.especialidadB})
+            if (std::find(etiquetas.begin(), etiquetas.end(), *e) == etiquetas.end())
+                etiquetas.push_back(*e);
+
+    std::string t;
+    const auto restriccion = [&t](std::string_view tipo, const auto& valores) {
+        t += "        <xs:simpleType name=\"";
+        t += tipo;
+        t += "\">\n            <xs:restriction base=\"";
+        t += tipo;
+        t += "\">\n";
+        for (const auto& v : valores) {
+            t += "                <xs:enumeration value=\"";
+            t += textoXML(v);
+            t += "\"/>\n";
+        }
+        t += "            </xs:restriction>\n        </xs:simpleType>\n";
+    };
+    std::vector<std::string_view> estados;
+    for (const EstadoClash e : estadosClash) estados.push_back(estadoBCF(e));
+
+    t += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+    t += "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\">\n";
+    t += "    <xs:redefine schemaLocation=\"markup.xsd\">\n";
+    restriccion("TopicType", std::array<std::string_view, 1>{"Clash"});
+    restriccion("TopicStatus", estados);
+    restriccion("TopicLabel", etiquetas);
+    t += "    </xs:redefine>\n";
+    t += "</xs:schema>";
     return t;
 }
 

@@ -9,10 +9,11 @@
 
 namespace teskal {
 
-std::shared_ptr<Node> buscarElementoConGeometria(Node& raiz, std::string_view nombre) {
+std::shared_ptr<Node> buscarElementoConGeometria(Node& raiz, std::string_view nombre, std::string_view globalId) {
     std::shared_ptr<Node> hallado;
     raiz.enumerateChildNodes([&](Node& n, bool& parar) {
-        if (n.geometry() && n.name() && *n.name() == nombre) {
+        const bool es = globalId.empty() ? n.name() && *n.name() == nombre : n.globalId() == globalId;
+        if (n.geometry() && es) {
             hallado = n.shared_from_this();
             parar = true;
         }
@@ -41,8 +42,10 @@ EscenaThumbnail escenaThumbnail(const Interferencia& interferencia, Scene* escen
 
     std::shared_ptr<Node> a = interferencia.nodoA, b = interferencia.nodoB;
     if ((!a || !a->geometry()) && escenaViva) {
-        auto vivoA = buscarElementoConGeometria(*escenaViva->rootNode(), interferencia.nombreA);
-        auto vivoB = buscarElementoConGeometria(*escenaViva->rootNode(), interferencia.nombreB);
+        auto vivoA =
+            buscarElementoConGeometria(*escenaViva->rootNode(), interferencia.nombreA, interferencia.globalIdA);
+        auto vivoB =
+            buscarElementoConGeometria(*escenaViva->rootNode(), interferencia.nombreB, interferencia.globalIdB);
         if (vivoA && vivoB) {
             a = std::move(vivoA);
             b = std::move(vivoB);
@@ -78,7 +81,7 @@ EscenaThumbnail escenaThumbnail(const Interferencia& interferencia, Scene* escen
     t.camara = Node::crear();
     t.camara->setCamera(camara);
     t.camara->setPosition(glm::vec3(posicion));
-    t.camara->setEulerAngles(eulerMirandoA(glm::vec3(objetivo - posicion), {0, 1, 0}));
+    t.camara->setEulerAngles(eulerMirandoHacia(glm::vec3(objetivo - posicion)));
     return t;
 }
 

@@ -22,9 +22,12 @@ struct EscenaThumbnail {
 inline constexpr float intensidadLuzDireccionalThumbnail = 900.0f;
 inline constexpr float intensidadLuzAmbientalThumbnail = 380.0f;
 
-// The first node under `raiz` (depth first, `raiz` excluded) with exactly
-// this name and a geometry; none when there is no such node.
-std::shared_ptr<Node> buscarElementoConGeometria(Node& raiz, std::string_view nombre);
+// The first node under `raiz` (depth first, `raiz` excluded) with a geometry
+// and this GlobalId, or with exactly this name when no GlobalId is given;
+// none when there is no such node. Same-named elements are told apart by
+// their GlobalIds.
+std::shared_ptr<Node> buscarElementoConGeometria(Node& raiz, std::string_view nombre,
+                                                 std::string_view globalId = {});
 
 // A clone of `original` whose geometry is a copy with one new material of
 // its own: diffuse `color`, emission black, Phong, double-sided. A node

@@ -64,18 +64,49 @@ void tarjeta(std::string& html, const char* clase, int n, const char* etiqueta) 
 }
 
 void celdaThumbnail(std::string& html, const std::map<std::string, QByteArray>& thumbnails,
-                    const std::string& id) {
-    const auto it = thumbnails.find(id);
+                    const Interferencia& i, int numero) {
+    const auto it = thumbnails.find(i.id);
     if (it == thumbnails.end() || it->second.isEmpty()) {
         html += "<div class='thumb'></div>";
         return;
     }
-    html += "<img class='thumb' src='data:image/png;base64,";
+    html += "<img class='thumb' alt='Vista 3D de la interferencia ";
+    html += std::to_string(numero);
+    html += ": ";
+    html += escaparHTML(i.nombreA + " ↔ " + i.nombreB);
+    html += "' src='data:image/png;base64,";
     html += it->second.toBase64().toStdString();
     html += "'>";
 }
 
 } // namespace
+
+std::string escaparHTML(std::string_view texto) {
+    std::string r;
+    r.reserve(texto.size());
+    for (const char c : texto) {
+        switch (c) {
+        case '&':
+            r += "&amp;";
+            break;
+        case '<':
+            r += "&lt;";
+            break;
+        case '>':
+            r += "&gt;";
+            break;
+        case '"':
+            r += "&quot;";
+            break;
+        case '\'':
+            r += "&#39;";
+            break;
+        default:
+            r += c;
+        }
+    }
+    return r;
+}
 
 CuentasReporte cuentasReporte(const AnalisisInterferencias& analisis) {
     CuentasReporte c;
@@ -121,15 +152,19 @@ std::string documentoReporteHTML(const AnalisisInterferencias& analisis,
                                  const std::map<std::string, QByteArray>& thumbnails,
                                  const QString& fecha) {
     const CuentasReporte c = cuentasReporte(analisis);
-    const std::string textoFecha = fecha.toStdString();
+    const std::string textoFecha = escaparHTML(fecha.toStdString());
+    const std::string nombre = escaparHTML(analisis.nombre);
     std::string html;
     html.reserve(8192 + analisis.interferencias.size() * 1024);
-    html += "<!DOCTYPE html><html lang=\"es\">\n<head><meta charset=\"UTF-8\">\n<style>";
+    html += "<!DOCTYPE html><html lang=\"es\">\n<head><meta charset=\"UTF-8\">\n<title>"
+            "Informe de Interferencias BIM · ";
+    html += nombre;
+    html += "</title>\n<style>";
     html += hojaEstilo;
     html += "</style></head><body>";
 
     html += "<div class=\"header\"><div><h1>Informe de Interferencias BIM</h1><h2>";
-    html += analisis.nombre;
+    html += nombre;
     html += "</h2><div class=\"meta\">Fecha: ";
     html += textoFecha;
     html += " &nbsp;·&nbsp; Tolerancia: ";
@@ -153,15 +188,15 @@ std::string documentoReporteHTML(const AnalisisInterferencias& analisis,
         html += "<tr>\n<td style=\"text-align:right;color:#999;\">";
         html += std::to_string(++numero);
         html += "</td><td>";
-        celdaThumbnail(html, thumbnails, i.id);
+        celdaThumbnail(html, thumbnails, i, numero);
         html += "</td><td><b>";
-        html += i.nombreA;
+        html += escaparHTML(i.nombreA);
         html += "</b></td><td style=\"color:#666;\">";
-        html += i.especialidadA;
+        html += escaparHTML(i.especialidadA);
         html += "</td><td><b>";
-        html += i.nombreB;
+        html += escaparHTML(i.nombreB);
         html += "</b></td><td style=\"color:#666;\">";
-        html += i.especialidadB;
+        html += escaparHTML(i.especialidadB);
         html += "</td><td><span class=\"badge ";
         html += claseBadge(i.estado);
         html += "\">";

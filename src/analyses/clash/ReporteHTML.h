@@ -11,8 +11,8 @@
 
 // The printable report of a clash analysis: one HTML document with a head,
 // five cards of counts, a table of clashes with their thumbnails and a foot,
-// which the user opens in a browser to print or save as PDF. Values are
-// joined into the document as they are, without HTML escaping.
+// which the user opens in a browser to print or save as PDF. Every text the
+// document prints is escaped: names come from users and from IFC files.
 namespace teskal {
 
 // The counts a report shows, over the clashes of one analysis.
@@ -29,6 +29,11 @@ struct CuentasReporte {
 };
 CuentasReporte cuentasReporte(const AnalisisInterferencias& analisis);
 
+// The text as HTML shows it, in element content and in attributes in either
+// quotes: "&", "<", ">", the double quotation mark and the apostrophe become
+// references.
+std::string escaparHTML(std::string_view texto);
+
 // The file name of the report: the analysis's name with every "/" and ":"
 // turned into "-", then ".html".
 std::string nombreArchivoReporte(std::string_view nombre);
@@ -44,8 +49,10 @@ QString textoFechaReporte(const QDateTime& fecha);
 // "12 registros", "1 registro".
 QString textoRegistros(int total);
 
-// The whole document. `thumbnails` holds PNG bytes by clash id; a clash
-// without them (or with empty bytes) gets an empty box.
+// The whole document, titled "Informe de Interferencias BIM · " and the
+// analysis's name. `thumbnails` holds PNG bytes by clash id; a clash without
+// them (or with empty bytes) gets an empty box; an image's alt text names the
+// clash's number and its two elements.
 std::string documentoReporteHTML(const AnalisisInterferencias& analisis,
                                  const std::map<std::string, QByteArray>& thumbnails,
                                  const QString& fecha);

@@ -6,8 +6,13 @@
 
 namespace teskal {
 
-void guardarBCF(QWidget* padre, const std::string& nombre, const QString& ruta,
-                BCFExporter::Completion completion) {
+QString filtroBCF(FormaBCF forma) {
+    return forma == FormaBCF::estandar
+               ? QStringLiteral("BCF 2.1 (*.bcf *.bcfzip)")
+               : QStringLiteral("BCF 2.1 — formato literal TESKAL (*.bcf *.bcfzip)");
+}
+
+void guardarBCF(QWidget* padre, const ArchivosBCF& archivos, BCFExporter::Completion completion) {
     const QString mensaje = QStringLiteral("Guardar informe BCF 2.1");
     auto* dialogo = new QFileDialog(padre, mensaje);
     dialogo->setObjectName(QStringLiteral("panelBCF"));
@@ -15,7 +20,9 @@ void guardarBCF(QWidget* padre, const std::string& nombre, const QString& ruta,
     dialogo->setOption(QFileDialog::DontUseNativeDialog);
     dialogo->setAcceptMode(QFileDialog::AcceptSave);
     dialogo->setFileMode(QFileDialog::AnyFile);
-    dialogo->selectFile(QString::fromStdString(nombre));
+    dialogo->setNameFilters({filtroBCF(FormaBCF::estandar), filtroBCF(FormaBCF::literalTESKAL)});
+    dialogo->selectNameFilter(filtroBCF(FormaBCF::estandar));
+    dialogo->selectFile(QString::fromStdString(archivos.nombre));
     // The message under the fields, as the panel's own text.
     if (auto* rejilla = qobject_cast<QGridLayout*>(dialogo->layout())) {
         auto* texto = new QLabel(mensaje, dialogo);
@@ -24,13 +31,17 @@ void guardarBCF(QWidget* padre, const std::string& nombre, const QString& ruta,
         rejilla->addWidget(texto, rejilla->rowCount(), 0, 1, -1);
     }
     QObject::connect(dialogo, &QFileDialog::finished, dialogo,
-                     [dialogo, ruta, completion = std::move(completion)](int resultado) {
+                     [dialogo, archivos, completion = std::move(completion)](int resultado) {
                          const QStringList elegidos = dialogo->selectedFiles();
                          if (resultado != QDialog::Accepted || elegidos.isEmpty()) {
                              completion(false);
                              return;
                          }
-                         completion(copiarArchivoBCF(ruta, elegidos.first()));
+                         const FormaBCF forma =
+                             dialogo->selectedNameFilter() == filtroBCF(FormaBCF::literalTESKAL)
+                                 ? FormaBCF::literalTESKAL
+                                 : FormaBCF::estandar;
+                         completion(copiarArchivoBCF(archivos.ruta(forma), elegidos.first()));
                      });
     dialogo->setWindowModality(Qt::ApplicationModal);
     dialogo->show();

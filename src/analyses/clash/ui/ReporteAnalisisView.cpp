@@ -35,6 +35,7 @@ ReporteAnalisisView::ReporteAnalisisView(AnalisisInterferencias analisis, Scene*
     auto* h = new QHBoxLayout(barra);
     h->setContentsMargins(14, 8, 14, 8);
     auto* nombre = new QLabel(QString::fromStdString(analisis_.nombre), barra);
+    nombre->setTextFormat(Qt::PlainText); // a name is never markup
     nombre->setObjectName(QStringLiteral("nombreReporte"));
     nombre->setStyleSheet(QStringLiteral("font-weight: bold; font-size: 14px;"));
     h->addWidget(nombre);
@@ -162,10 +163,9 @@ void ReporteAnalisisView::exportarBCF() {
     const BCFExporter exportador{analisis_, analisis_.nombre, thumbnailsPNG()};
     const QPointer<ReporteAnalisisView> ventana(this);
     exportador.exportar(
-        [ventana](const std::string& nombre, const QString& ruta,
-                  BCFExporter::Completion completion) {
+        [ventana](const ArchivosBCF& archivos, BCFExporter::Completion completion) {
             if (!ventana) return completion(false);
-            guardarBCF(ventana, nombre, ruta, std::move(completion));
+            guardarBCF(ventana, archivos, std::move(completion));
         },
         [ventana](bool exito) {
             if (!ventana) return;

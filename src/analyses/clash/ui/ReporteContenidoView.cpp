@@ -26,8 +26,11 @@ QString css(const Color& c) {
     return QColor::fromRgbF(c.r, c.g, c.b).name();
 }
 
+// Plain text always: a name such as "<b>x</b>" from a user or an IFC file
+// shows as written.
 QLabel* etiqueta(const QString& texto, const QString& estilo, QWidget* padre) {
     auto* l = new QLabel(texto, padre);
+    l->setTextFormat(Qt::PlainText);
     l->setStyleSheet(estilo);
     return l;
 }
