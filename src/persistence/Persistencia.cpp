@@ -125,6 +125,9 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
     analisisExpandidos.clear();
     propiedadesIFC.clear();
     propiedadesPorGlobalId.clear();
+    // The grids of the project's own models come back with them.
+    grillasIFC.clear();
+    reconstruirGrillas();
     ordenEspecialidades = p.ordenEspecialidades;
     especialidades.clear();
     for (const auto& g : p.especialidades) {
@@ -178,7 +181,7 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
                      std::filesystem::is_regular_file(std::filesystem::path(*carpetaBase) / *m.rutaRelativa, ec))
                 ruta = (std::filesystem::path(*carpetaBase) / *m.rutaRelativa).string();
             if (ruta.empty() || conversor.empty()) continue;
-            TrabajoConversion t{ruta, conversor, rutaTemporalNueva(".obj"), false};
+            TrabajoConversion t{ruta, conversor, rutaTemporalNueva(".obj")};
             const std::string clave = g.key;
             const ModeloGuardado guardado = m;
             // A restore shows no error: a model that does not come through is left out.
@@ -221,6 +224,9 @@ void ContentView::integrarModeloRestaurado(const std::string& clave, const Model
     m.nodo->setHidden(!m.isVisible);
     pintarModelo(m, esp.colorOriginal, false);
     recolorearModelos();
+    // Axes merge as a link merges them; the lines follow the grown box.
+    fusionarGrillas(grillasIFC, std::move(convertido.grillas));
+    reconstruirGrillas();
     zoomExtents();
     actualizarPiso();
     emit changed();

@@ -131,6 +131,17 @@ Box Node::boundingBox() const {
     return caja;
 }
 
+Box Node::boundingBoxSin(std::initializer_list<std::string_view> nombresHijos) const {
+    Box caja;
+    if (geometria_) caja.incluir(geometria_->boundingBox());
+    for (const auto& h : hijos_) {
+        if (h->name_ && std::find(nombresHijos.begin(), nombresHijos.end(), *h->name_) != nombresHijos.end())
+            continue;
+        incluirTransformada(caja, h->boundingBox(), h->transform());
+    }
+    return caja;
+}
+
 Box Node::boundingBoxMundo() const {
     Box caja;
     incluirTransformada(caja, boundingBox(), worldTransform());
