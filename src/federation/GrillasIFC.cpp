@@ -9,6 +9,7 @@
 #include <cmath>
 #include <glm/geometric.hpp>
 #include <glm/mat4x4.hpp>
+#include <limits>
 #include <optional>
 #include <unordered_set>
 
@@ -75,6 +76,11 @@ std::optional<glm::vec3> leerPunto(std::string_view args) {
     float v[3] = {0, 0, 0};
     if (leerTerna(args, v, leerFloat) < 2) return std::nullopt;
     return glm::vec3(v[0], v[1], v[2]);
+}
+
+// A finite double that a float can hold; a larger one has no float to become.
+bool cabeEnFloat(double v) {
+    return std::isfinite(v) && std::abs(v) <= static_cast<double>(std::numeric_limits<float>::max());
 }
 
 std::string nuevoUUID() {
@@ -307,12 +313,14 @@ std::vector<EjeGrilla> leerGrillasIFCTexto(std::string_view texto) {
                 if (!curva) continue;
                 auto puntos = puntosDePolilinea(*curva);
                 if (puntos.empty()) continue;
-                bool finitos = true;
+                bool enRango = true;
                 for (glm::vec3& p : puntos) {
-                    p = glm::vec3(glm::dvec3(*colocacion * glm::dvec4(glm::dvec3(p), 1.0)) * *factor);
-                    finitos = finitos && std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+                    const glm::dvec3 m = glm::dvec3(*colocacion * glm::dvec4(glm::dvec3(p), 1.0)) * *factor;
+                    enRango = enRango && cabeEnFloat(m.x) && cabeEnFloat(m.y) && cabeEnFloat(m.z);
+                    if (!enRango) break;
+                    p = glm::vec3(m);
                 }
-                if (!finitos) continue; // out of range once in metres, or not a number
+                if (!enRango) continue; // not a number, or out of range once in metres
                 ejes.push_back({nuevoUUID(), limpiarTextoSTEP(argsEje[0]), lista == 0, std::move(puntos)});
             }
         }

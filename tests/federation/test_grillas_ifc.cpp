@@ -208,6 +208,13 @@ TEST(GrillasIFC, TheProjectsLengthUnitScalesToMetres) {
         ASSERT_EQ(ejes.size(), 3u);
         esperarEjes({ejes[1]}, {{"B", true, {{5 * f, -2 * f, 0.5f * f}, {5 * f, 12 * f, 0.5f * f}}}}, 1e-6f);
     }
+    // An axis that leaves a float's range once in metres is left out.
+    const auto lejos = leer(proyecto + "#211=IFCSIUNIT(*,.LENGTHUNIT.,.EXA.,.METRE.);\n"
+                                       "#210=IFCUNITASSIGNMENT((#211));\n" + grilla() +
+                            "#105=IFCCARTESIANPOINT((5.E21,-2.,0.5));");
+    ASSERT_EQ(lejos.size(), 2u);
+    EXPECT_EQ(lejos[1].tag, "1");
+    EXPECT_FLOAT_EQ(lejos[1].puntos[1].x, 7e18f);
 }
 
 // The grid's placement chain carries the axes into world coordinates: the B
@@ -246,7 +253,7 @@ TEST(GrillasIFC, ThePlacementChainCarriesTheAxesIntoTheWorld) {
          "#313", {{7 * r, 3 * r, 0.5f}, {-7 * r, 17 * r, 0.5f}}},
         {"2D placement",
          "#310=IFCCARTESIANPOINT((5.,5.));\n#311=IFCDIRECTION((0.,1.));\n"
-         "#312=IFCAXIS2PLACEMENT2D(#310,#311);\n#313=IFCLOCALPLACEMENT($,#312);",
+         "#312=IfcAxis2Placement2D(#310,#311);\n#313=IFCLOCALPLACEMENT($,#312);",
          "#313", {{7, 10, 0.5f}, {-7, 10, 0.5f}}},
         {"turned parent, translated child",
          origen + "#311=IFCDIRECTION((0.,1.,0.));\n#312=IFCAXIS2PLACEMENT3D(#310,$,#311);\n"
