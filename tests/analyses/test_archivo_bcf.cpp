@@ -54,7 +54,7 @@ std::string guidEn(const std::string& texto, const QString& atributo) {
 }
 
 Interferencia interferencia(std::string id, std::string nombreA = "A", std::string nombreB = "B") {
-    return {std::move(id),   {},       {}, "ARQ", "MEP", std::move(nombreA), std::move(nombreB),
+    return {std::move(id), {}, {}, "ARQ", "MEP", std::move(nombreA), std::move(nombreB), {}, {},
             {3.25, -4.5, 6}, {1, 1, 1}};
 }
 

@@ -15,7 +15,7 @@ namespace {
 
 Interferencia clash(const std::string& id, const std::string& a, const std::string& b,
                     EstadoClash e) {
-    return {id, {}, {}, "ARQ", "MEP", a, b, {}, {}, 0.5, e};
+    return {id, {}, {}, "ARQ", "MEP", a, b, {}, {}, {}, {}, 0.5, e};
 }
 
 // Names with "&", "<", ">" and quotes: the report writes every value as it is.

@@ -23,7 +23,7 @@ std::string esperado(const std::string& nombre) {
 Interferencia interferencia(std::string id, std::string espA, std::string espB, std::string nombreA,
                             std::string nombreB, glm::dvec3 pos, glm::dvec3 objetivo,
                             EstadoClash estado) {
-    return {id, {}, {}, espA, espB, nombreA, nombreB, pos, objetivo, 0.5, estado};
+    return {id, {}, {}, espA, espB, nombreA, nombreB, {}, {}, pos, objetivo, 0.5, estado};
 }
 
 // One clash per review state: (1) names with "&", "<", ">", quotes and an
