@@ -204,12 +204,24 @@ private:
         return factor;
     }
 
+    // The coordinate list "(x,y,z)" at the head of a point's or direction's
+    // arguments, without what may follow its ")": the file's closing lines
+    // stick to its last statement, and a placement's point or direction
+    // written last must read all the same.
+    static std::string_view lista(std::string_view args) {
+        args = recortar(args);
+        const std::size_t cierra = args.find(')');
+        return !args.empty() && args.front() == '(' && cierra != std::string_view::npos
+                   ? args.substr(0, cierra + 1)
+                   : args;
+    }
+
     // A reference to an IFCCARTESIANPOINT used as a location: two or three
     // numbers, the third 0 when missing.
     std::optional<glm::dvec3> ubicacion(std::string_view arg) const {
         const EntidadIFC* p = entidad(arg, TipoIFC::CartesianPoint);
         double v[3] = {0, 0, 0};
-        if (!p || leerTerna(p->args, v, leerReal) < 2) return std::nullopt;
+        if (!p || leerTerna(lista(p->args), v, leerReal) < 2) return std::nullopt;
         return glm::dvec3(v[0], v[1], v[2]);
     }
 
@@ -219,7 +231,7 @@ private:
         if (recortar(arg) == "$") return omision;
         const EntidadIFC* d = entidad(arg, TipoIFC::Direction);
         double v[3] = {0, 0, 0};
-        if (!d || leerTerna(d->args, v, leerReal) < 2) return std::nullopt;
+        if (!d || leerTerna(lista(d->args), v, leerReal) < 2) return std::nullopt;
         const glm::dvec3 r(v[0], v[1], v[2]);
         const double largo = glm::length(r);
         if (!(largo > 0) || !std::isfinite(largo)) return std::nullopt;
@@ -228,8 +240,9 @@ private:
 
     // The transform of an IFCAXIS2PLACEMENT3D or IFCAXIS2PLACEMENT2D: the
     // origin at Location, Z along Axis (default up), X along RefDirection
-    // (default X) made square to Z, Y = Z x X. A RefDirection along the
-    // Axis gives none.
+    // made square to Z, Y = Z x X. Without a RefDirection X is taken from
+    // the world's X, or from the world's Z when the Axis lies along X, as the
+    // converter takes it. An X along the Axis gives none.
     std::optional<glm::dmat4> ejes(std::string_view arg) const {
         const auto ref = leerReferencia(arg);
         const EntidadIFC* e = ref ? tabla_.buscar(*ref) : nullptr;
@@ -241,8 +254,10 @@ private:
         if (args.size() < (tresD ? 3u : 2u)) return std::nullopt;
         auto origen = ubicacion(args[0]);
         const auto z = tresD ? direccion(args[1], {0, 0, 1}) : std::optional<glm::dvec3>(glm::dvec3(0, 0, 1));
-        auto x = direccion(args[tresD ? 2 : 1], {1, 0, 0});
-        if (!origen || !z || !x) return std::nullopt;
+        if (!origen || !z) return std::nullopt;
+        const bool ejeSobreX = !(std::acos(glm::dot(*z, glm::dvec3(1, 0, 0))) > 1e-5);
+        auto x = direccion(args[tresD ? 2 : 1], ejeSobreX ? glm::dvec3(0, 0, 1) : glm::dvec3(1, 0, 0));
+        if (!x) return std::nullopt;
         if (!tresD) {
             origen->z = 0;
             x->z = 0;

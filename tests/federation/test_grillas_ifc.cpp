@@ -247,6 +247,10 @@ TEST(GrillasIFC, ThePlacementChainCarriesTheAxesIntoTheWorld) {
          origen + "#311=IFCDIRECTION((1.,0.,0.));\n#314=IFCDIRECTION((0.,2.,0.));\n"
                   "#312=IFCAXIS2PLACEMENT3D(#310,#311,#314);\n#313=IFCLOCALPLACEMENT($,#312);",
          "#313", {{0.5f, 5, -2}, {0.5f, 5, 12}}},
+        {"Axis along X without RefDirection: X from the world's Z",
+         origen + "#311=IFCDIRECTION((1.,0.,0.));\n#312=IFCAXIS2PLACEMENT3D(#310,#311,$);\n"
+                  "#313=IFCLOCALPLACEMENT($,#312);",
+         "#313", {{0.5f, 2, 5}, {0.5f, -12, 5}}},
         {"RefDirection slanted to the Axis is made square",
          origen + "#311=IFCDIRECTION((1.,1.,1.));\n#312=IFCAXIS2PLACEMENT3D(#310,$,#311);\n"
                   "#313=IFCLOCALPLACEMENT($,#312);",
@@ -273,6 +277,12 @@ TEST(GrillasIFC, ThePlacementChainCarriesTheAxesIntoTheWorld) {
         ASSERT_EQ(ejes.size(), 3u);
         esperarEjes({ejes[1]}, {{"B", true, c.esperados}}, 1e-5f);
     }
+    // A direction written last reads despite the closing lines joined to it.
+    const auto ultima = leerGrillasIFCTexto("ISO-10303-21;\nDATA;\n" + grilla("#313") + origen +
+                                            "#312=IFCAXIS2PLACEMENT3D(#310,$,#311);\n#313=IFCLOCALPLACEMENT($,#312);\n"
+                                            "#311=IFCDIRECTION((0.,1.,0.));\nENDSEC;\nEND-ISO-10303-21;\n");
+    ASSERT_EQ(ultima.size(), 3u);
+    esperarEjes({ultima[1]}, {{"B", true, {{2, 5, 0.5f}, {-12, 5, 0.5f}}}}, 1e-5f);
 }
 
 // A grid whose placement can't be read is left out, and the scan goes on to
