@@ -206,7 +206,7 @@ void ContentView::reconstruirGrillas() {
     mat->setDoubleSided(true);
     mat->setDiffuse(Color::gris(0.55f, 0.6f));
     g->materiales.push_back(mat);
-    nodoGrillasIFC = Node::crear("GrillasIFC");
+    nodoGrillasIFC = Node::crear(std::string(nombreGrillasEscena));
     nodoGrillasIFC->setGeometry(g);
     scene.rootNode()->addChildNode(nodoGrillasIFC);
 }

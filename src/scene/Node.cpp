@@ -124,12 +124,7 @@ void incluirTransformada(Box& caja, const Box& b, const glm::mat4& t) {
 
 } // namespace
 
-Box Node::boundingBox() const {
-    Box caja;
-    if (geometria_) caja.incluir(geometria_->boundingBox());
-    for (const auto& h : hijos_) incluirTransformada(caja, h->boundingBox(), h->transform());
-    return caja;
-}
+Box Node::boundingBox() const { return boundingBoxSin({}); }
 
 Box Node::boundingBoxSin(std::initializer_list<std::string_view> nombresHijos) const {
     Box caja;
