@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -250,6 +251,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t tam
     for (const EjeGrilla& e : ejes) {
         comprobar(!e.id.empty() && e.puntos.size() >= 2);
         comprobar(esUTF8Valido(e.tag));
+        for (const auto& p : e.puntos) // in metres and in place, never out of range
+            comprobar(std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z));
     }
 
     const GlobalIdsPorNombre ids = leerGlobalIdsTexto(texto);

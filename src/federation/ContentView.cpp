@@ -181,6 +181,7 @@ void ContentView::desvincularTodos(const std::string& clave) {
     propiedadesIFC.erase(clave);
     propiedadesPorGlobalId.erase(clave);
     limpiarInterferencias();
+    reconstruirGrillas(); // the axes stay; their lines follow the elements left
     emit changed();
 }
 
@@ -230,6 +231,7 @@ void ContentView::aplicarTransformacion(const std::string& clave, const std::str
     glm::vec3 euler = m->nodo->eulerAngles();
     euler.z = static_cast<float>(t.giroZ * glm::pi<double>() / 180.0);
     m->nodo->setEulerAngles(euler);
+    reconstruirGrillas();
     emit changed();
 }
 
@@ -274,6 +276,7 @@ void ContentView::confirmarEliminarModelo() {
         return;
     }
     limpiarInterferencias();
+    reconstruirGrillas();
     emit changed();
 }
 

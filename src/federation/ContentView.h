@@ -267,7 +267,7 @@ public:
     const PropiedadesElemento* propiedadesDe(const Node& nodo) const;
     bool hayModelos() const;
     // The centre and size the camera frames for the whole scene, the floor
-    // left out; none for an empty scene.
+    // and the grid lines left out; none for an empty scene.
     std::optional<std::pair<glm::dvec3, float>> encuadreEscena();
 
 signals:
@@ -275,6 +275,9 @@ signals:
 
 private:
     ModeloVinculado* buscarModeloMutable(const std::string& clave, const std::string& id);
+    // The world box of the linked models of every discipline: the elements,
+    // without helpers, the floor or the grid lines. Empty with no models.
+    Box cajaElementos() const;
     void pintarModelo(const ModeloVinculado& m, const Color& color, bool conOpacidad);
     void limpiarInterferencias();
     void instalarSlotXOR(const std::string& slot, std::shared_ptr<Node> modelo, const std::string& nombre,

@@ -18,7 +18,7 @@ struct TrabajoConversion {
     std::string rutaOrigen;   // the file the user chose
     std::string rutaConversor; // IfcConvert, already resolved
     std::string rutaSalida;   // the temporary OBJ, a new UUID name
-    bool leerGrillas = true;  // a link reads grid axes; a restore does not
+    bool leerGrillas = true;  // links and restores read grid axes
     bool leerPropiedades = true; // links and restores read properties
     bool leerGlobalIds = false;  // a version of the comparison reads GlobalIds only
     // Set from the main thread to stop the conversion: the child is ended and

@@ -12,6 +12,8 @@
 #include <cmath>
 #include <filesystem>
 #include <glm/geometric.hpp>
+#include <glm/vec2.hpp>
+#include <optional>
 
 namespace teskal {
 
@@ -44,6 +46,35 @@ std::shared_ptr<const ImagenRGBA> imagenBaldosa() {
         }
     }
     return img;
+}
+
+// Cuts the segment a-b to the rectangle [min, max] in plan, Z following along
+// the segment (Liang-Barsky). False when no part of it lies inside.
+bool recortarEnPlanta(glm::vec3& a, glm::vec3& b, const glm::vec2& min, const glm::vec2& max) {
+    for (const glm::vec3* p : {&a, &b})
+        if (!std::isfinite(p->x) || !std::isfinite(p->y) || !std::isfinite(p->z)) return false;
+    const glm::dvec3 origen(a), d = glm::dvec3(b) - origen;
+    const double p[4] = {-d.x, d.x, -d.y, d.y};
+    const double q[4] = {origen.x - min.x, max.x - origen.x, origen.y - min.y, max.y - origen.y};
+    double t0 = 0, t1 = 1;
+    for (int i = 0; i < 4; ++i) {
+        if (p[i] == 0) {
+            if (q[i] < 0) return false; // parallel to this side and outside it
+            continue;
+        }
+        const double t = q[i] / p[i];
+        if (p[i] < 0) {
+            if (t > t1) return false;
+            t0 = std::max(t0, t);
+        } else {
+            if (t < t0) return false;
+            t1 = std::min(t1, t);
+        }
+    }
+    // Ends that are inside stay exactly as they were.
+    if (t0 > 0) a = glm::vec3(origen + t0 * d);
+    if (t1 < 1) b = glm::vec3(origen + t1 * d);
+    return true;
 }
 
 std::shared_ptr<Geometry> geometriaPlano(float ancho, float alto) {
@@ -99,10 +130,9 @@ void ContentView::integrarModelo(ModeloConvertido convertido, const std::string&
     pintarModelo(modelo, esp.colorOriginal, false);
     recolorearModelos();
 
-    if (!convertido.grillas.empty()) {
-        fusionarGrillas(grillasIFC, std::move(convertido.grillas));
-        reconstruirGrillas();
-    }
+    // The drawn lines follow the elements' box, which this model has changed.
+    fusionarGrillas(grillasIFC, std::move(convertido.grillas));
+    reconstruirGrillas();
     isProcessing = false;
     actualizarPiso();
     emit changed();
@@ -132,16 +162,42 @@ void ContentView::recolorearModelos() {
     emit changed();
 }
 
+Box ContentView::cajaElementos() const {
+    // Every linked model, hidden or not, as zoom extents counts them: the grid
+    // does not jump when an eye is turned. The model's transform is in its
+    // world box.
+    Box caja;
+    for (const auto& [clave, esp] : especialidades)
+        for (const auto& m : esp.modelos)
+            if (m.nodo) caja.incluir(m.nodo->boundingBoxMundo());
+    return caja;
+}
+
 void ContentView::reconstruirGrillas() {
     if (nodoGrillasIFC) nodoGrillasIFC->removeFromParentNode();
     nodoGrillasIFC.reset();
     if (grillasIFC.empty()) return;
+    // Axes may run kilometres past the building (a site grid); drawn whole
+    // they would dwarf the model. The lines stop at a margin around the
+    // elements: the larger of 5 m and a tenth of the box's largest side, room
+    // for the axes' ends to read beyond the outermost elements. grillasIFC
+    // keeps every axis whole for the sections. With no elements, the whole
+    // axes are drawn.
+    const Box caja = cajaElementos();
+    std::optional<std::pair<glm::vec2, glm::vec2>> ventana;
+    if (!caja.vacia) {
+        const glm::vec3 tam = caja.tamano();
+        const float margen = std::max(5.0f, 0.1f * std::max({tam.x, tam.y, tam.z}));
+        ventana.emplace(glm::vec2(caja.min) - margen, glm::vec2(caja.max) + margen);
+    }
     auto g = std::make_shared<Geometry>();
     ElementoGeometria lineas{Primitiva::Lineas, {}};
     for (const EjeGrilla& eje : grillasIFC) {
         for (std::size_t i = 0; i + 1 < eje.puntos.size(); ++i) {
-            g->vertices.push_back(eje.puntos[i]);
-            g->vertices.push_back(eje.puntos[i + 1]);
+            glm::vec3 a = eje.puntos[i], b = eje.puntos[i + 1];
+            if (ventana && !recortarEnPlanta(a, b, ventana->first, ventana->second)) continue;
+            g->vertices.push_back(a);
+            g->vertices.push_back(b);
             lineas.indices.push_back(static_cast<std::int32_t>(lineas.indices.size()));
             lineas.indices.push_back(static_cast<std::int32_t>(lineas.indices.size()));
         }
@@ -152,7 +208,7 @@ void ContentView::reconstruirGrillas() {
     mat->setDoubleSided(true);
     mat->setDiffuse(Color::gris(0.55f, 0.6f));
     g->materiales.push_back(mat);
-    nodoGrillasIFC = Node::crear("GrillasIFC");
+    nodoGrillasIFC = Node::crear(std::string(nombreGrillasEscena));
     nodoGrillasIFC->setGeometry(g);
     scene.rootNode()->addChildNode(nodoGrillasIFC);
 }

@@ -7,8 +7,8 @@
 
 namespace teskal {
 
-// One axis of an IFC grid, with its points as the file states them (no unit
-// conversion and no placement applied).
+// One axis of an IFC grid, with its points in world coordinates and metres,
+// where the converter puts the geometry of the same file.
 struct EjeGrilla {
     std::string id; // a new UUID at each read
     std::string tag;
@@ -16,8 +16,10 @@ struct EjeGrilla {
     std::vector<glm::vec3> puntos; // two or more
 };
 
-// The grid axes of every IFCGRID of the file whose curves are polylines.
-// Never fails: an unreadable or non-UTF-8 file gives no axes.
+// The grid axes of every IFCGRID of the file whose curves are polylines, each
+// carried through its grid's placement chain and scaled from the project's
+// length unit to metres. Never fails: an unreadable or non-UTF-8 file gives no
+// axes, and a grid whose placement can't be read gives none of its own.
 std::vector<EjeGrilla> leerGrillasIFC(const std::string& ruta);
 std::vector<EjeGrilla> leerGrillasIFCTexto(std::string_view texto);
 

@@ -8,13 +8,16 @@ namespace teskal {
 
 namespace {
 
-constexpr std::array<std::string_view, 7> otrosTipos = {
+constexpr std::array<std::string_view, 17> otrosTipos = {
     "IFCRELDEFINESBYPROPERTIES", "IFCPROPERTYSET", "IFCPROPERTYSINGLEVALUE", "IFCCARTESIANPOINT",
-    "IFCPOLYLINE",               "IFCGRIDAXIS",    "IFCGRID"};
+    "IFCPOLYLINE",               "IFCGRIDAXIS",    "IFCGRID",
+    "IFCPROJECT",                "IFCUNITASSIGNMENT", "IFCSIUNIT",           "IFCCONVERSIONBASEDUNIT",
+    "IFCCONVERSIONBASEDUNITWITHOFFSET", "IFCMEASUREWITHUNIT", "IFCLOCALPLACEMENT", "IFCAXIS2PLACEMENT2D",
+    "IFCAXIS2PLACEMENT3D",       "IFCDIRECTION"};
 
 constexpr std::size_t numeroTipos = tiposProductoIFC.size() + otrosTipos.size();
 constexpr std::size_t largoMinimo = 7;  // "IFCWALL"
-constexpr std::size_t largoMaximo = 25; // "IFCRELDEFINESBYPROPERTIES"
+constexpr std::size_t largoMaximo = 32; // "IFCCONVERSIONBASEDUNITWITHOFFSET"
 
 constexpr std::string_view nombreDe(std::size_t i) {
     return i < tiposProductoIFC.size() ? tiposProductoIFC[i]
@@ -38,17 +41,29 @@ constexpr TablaPorLargo tablaPorLargo = [] {
 }();
 
 // The comparison in any case below relies on every name being upper-case
-// ASCII letters.
+// ASCII letters and digits.
 constexpr bool nombresValidos = [] {
     for (std::size_t i = 0; i < numeroTipos; ++i) {
         const std::string_view n = nombreDe(i);
         if (n.size() < largoMinimo || n.size() > largoMaximo) return false;
         for (char c : n)
-            if (c < 'A' || c > 'Z') return false;
+            if ((c < 'A' || c > 'Z') && (c < '0' || c > '9')) return false;
     }
     return true;
 }();
 static_assert(nombresValidos);
+
+// Per name, the mask of the comparison in any case: bit 5 is cleared under a
+// letter only, so that a digit ("IFCAXIS2PLACEMENT3D") is compared exactly.
+constexpr auto mascaras = [] {
+    std::array<std::array<char, largoMaximo>, numeroTipos> m{};
+    for (std::size_t i = 0; i < numeroTipos; ++i) {
+        const std::string_view n = nombreDe(i);
+        for (std::size_t k = 0; k < n.size(); ++k)
+            m[i][k] = static_cast<char>(n[k] >= 'A' && n[k] <= 'Z' ? 0xDF : 0xFF);
+    }
+    return m;
+}();
 
 std::uint64_t palabra(const char* p) {
     std::uint64_t w;
@@ -64,21 +79,20 @@ std::uint32_t media(const char* p) {
 
 // Clearing bit 5 of a byte gives an upper-case letter only from that letter
 // in either case, so a name written in any case is compared with the
-// upper-case names without upper-casing it first.
-constexpr std::uint64_t sinBit5 = 0xDFDFDFDFDFDFDFDFull;
+// upper-case names without upper-casing it first; the name's mask keeps bit 5
+// under its digits.
 
 // True when t, of the length of the name, is the name in any case. Eight
 // bytes at a time, the last word overlapping the one before.
-bool igualSinMayusculas(const char* t, std::string_view nombre) {
+bool igualSinMayusculas(const char* t, std::string_view nombre, const char* mascara) {
     const std::size_t largo = nombre.size();
     const char* n = nombre.data();
     if (largo < 8)
-        return ((media(t) & static_cast<std::uint32_t>(sinBit5)) == media(n)) &&
-               ((media(t + largo - 4) & static_cast<std::uint32_t>(sinBit5)) ==
-                media(n + largo - 4));
+        return ((media(t) & media(mascara)) == media(n)) &&
+               ((media(t + largo - 4) & media(mascara + largo - 4)) == media(n + largo - 4));
     for (std::size_t i = 0; i + 8 < largo; i += 8)
-        if ((palabra(t + i) & sinBit5) != palabra(n + i)) return false;
-    return (palabra(t + largo - 8) & sinBit5) == palabra(n + largo - 8);
+        if ((palabra(t + i) & palabra(mascara + i)) != palabra(n + i)) return false;
+    return (palabra(t + largo - 8) & palabra(mascara + largo - 8)) == palabra(n + largo - 8);
 }
 
 // The type of a name whose bytes may be in any case.
@@ -87,7 +101,8 @@ TipoIFC buscarSinMayusculas(std::string_view t) {
     if (largo < largoMinimo || largo > largoMaximo) return TipoIFC::Otro;
     for (std::size_t k = 0; k < tablaPorLargo.cuantos[largo]; ++k) {
         const std::uint8_t codigo = tablaPorLargo.codigos[largo][k];
-        if (igualSinMayusculas(t.data(), nombreDe(codigo))) return static_cast<TipoIFC>(codigo);
+        if (igualSinMayusculas(t.data(), nombreDe(codigo), mascaras[codigo].data()))
+            return static_cast<TipoIFC>(codigo);
     }
     return TipoIFC::Otro;
 }

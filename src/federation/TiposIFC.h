@@ -28,6 +28,17 @@ enum class TipoIFC : std::uint8_t {
     Polyline,
     GridAxis,
     Grid,
+    // The project's length unit and the placement of a grid.
+    Project,
+    UnitAssignment,
+    SIUnit,
+    ConversionBasedUnit,
+    ConversionBasedUnitWithOffset,
+    MeasureWithUnit,
+    LocalPlacement,
+    Axis2Placement2D,
+    Axis2Placement3D,
+    Direction,
     Otro = 255,
 };
 

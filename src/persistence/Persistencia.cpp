@@ -125,6 +125,9 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
     analisisExpandidos.clear();
     propiedadesIFC.clear();
     propiedadesPorGlobalId.clear();
+    // The grids of the project's own models come back with them.
+    grillasIFC.clear();
+    reconstruirGrillas();
     ordenEspecialidades = p.ordenEspecialidades;
     especialidades.clear();
     for (const auto& g : p.especialidades) {
@@ -182,7 +185,6 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
             t.rutaOrigen = ruta;
             t.rutaConversor = conversor;
             t.rutaSalida = rutaTemporalNueva(".obj");
-            t.leerGrillas = false;
             prepararRestauracion(t);
             const std::string clave = g.key;
             const ModeloGuardado guardado = m;
@@ -226,6 +228,9 @@ void ContentView::integrarModeloRestaurado(const std::string& clave, const Model
     m.nodo->setHidden(!m.isVisible);
     pintarModelo(m, esp.colorOriginal, false);
     recolorearModelos();
+    // Axes merge as a link merges them; the lines follow the grown box.
+    fusionarGrillas(grillasIFC, std::move(convertido.grillas));
+    reconstruirGrillas();
     zoomExtents();
     actualizarPiso();
     emit changed();

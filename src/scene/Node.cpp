@@ -124,10 +124,16 @@ void incluirTransformada(Box& caja, const Box& b, const glm::mat4& t) {
 
 } // namespace
 
-Box Node::boundingBox() const {
+Box Node::boundingBox() const { return boundingBoxSin({}); }
+
+Box Node::boundingBoxSin(std::initializer_list<std::string_view> nombresHijos) const {
     Box caja;
     if (geometria_) caja.incluir(geometria_->boundingBox());
-    for (const auto& h : hijos_) incluirTransformada(caja, h->boundingBox(), h->transform());
+    for (const auto& h : hijos_) {
+        if (h->name_ && std::find(nombresHijos.begin(), nombresHijos.end(), *h->name_) != nombresHijos.end())
+            continue;
+        incluirTransformada(caja, h->boundingBox(), h->transform());
+    }
     return caja;
 }
 

@@ -8,6 +8,7 @@
 
 #include <glm/mat4x4.hpp>
 #include <glm/vec3.hpp>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -81,6 +82,8 @@ public:
 
     // Box of the own geometry and of all children, in own coordinates.
     Box boundingBox() const;
+    // The same box without the children that bear one of these names.
+    Box boundingBoxSin(std::initializer_list<std::string_view> nombresHijos) const;
     // The same box carried into world coordinates (its eight corners).
     Box boundingBoxMundo() const;
 

@@ -9,8 +9,15 @@
 #include <glm/vec3.hpp>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 namespace teskal {
+
+// The level-1 helpers that the camera's measures of the scene leave out: the
+// floor, 5 km wide whatever the model, and the grid lines, whose axes may run
+// kilometres past the elements.
+inline constexpr std::string_view nombrePisoEscena = "_TESKAL_Piso";
+inline constexpr std::string_view nombreGrillasEscena = "GrillasIFC";
 
 // The one way for the rest of the workbench to move the camera. It holds the
 // view's point of view weakly: once the view is gone, calls do nothing. Moves
@@ -31,7 +38,7 @@ public:
     // Flies to a stored viewpoint with these clipping planes.
     void volarA(const glm::vec3& posicion, const glm::vec3& objetivo, float cercano, float lejano, int milisegundos);
     // Applies the near-plane override; when it has just gone, sets the near
-    // plane from the size of the scene under `raiz`.
+    // plane from the size of the scene under `raiz`, the grid lines left out.
     void actualizarCercano(std::optional<double> anterior, std::optional<double> actual, const Node& raiz);
 
     bool animando() const { return animacion_.state() == QAbstractAnimation::Running; }

@@ -7,18 +7,9 @@
 namespace teskal {
 
 std::optional<std::pair<glm::dvec3, float>> ContentView::encuadreEscena() {
-    const auto& raiz = scene.rootNode();
-    // The floor is taken out while measuring, so that it does not inflate the box.
-    std::shared_ptr<Node> piso = raiz->childNodeWithName("_TESKAL_Piso", true);
-    std::shared_ptr<Node> padrePiso = piso ? piso->parent() : nullptr;
-    std::size_t lugar = 0;
-    if (piso && padrePiso) {
-        const auto& hermanos = padrePiso->childNodes();
-        lugar = static_cast<std::size_t>(std::find(hermanos.begin(), hermanos.end(), piso) - hermanos.begin());
-        piso->removeFromParentNode();
-    }
-    const Box caja = raiz->boundingBox();
-    if (piso && padrePiso) padrePiso->insertChildNode(piso, lugar);
+    // The floor and the grid lines would inflate the box: the camera frames
+    // the elements.
+    const Box caja = scene.rootNode()->boundingBoxSin({nombrePisoEscena, nombreGrillasEscena});
     if (caja.min == caja.max) return std::nullopt;
     const glm::vec3 tam = caja.tamano();
     const float m = std::max({tam.x, tam.y, tam.z});

@@ -18,6 +18,7 @@
 #include <glm/gtc/constants.hpp>
 #include <set>
 #include <gtest/gtest.h>
+#include <map>
 #include <unistd.h>
 #include "espera_eventos.h"
 
@@ -503,20 +504,144 @@ TEST(EnsamblajeEscena, pisoLucesYGrillas) {
                             [](const auto& n) { return n->name() == std::optional<std::string>("_TESKAL_Piso"); }),
               1);
 
-    // Grid lines: one segment per consecutive pair of points, one node.
-    cv->grillasIFC = {{"1", "A", true, {{0, 0, 0}, {0, 10, 0}, {0, 20, 0}}}, {"2", "1", false, {{0, 0, 0}, {5, 0, 0}}}};
+    // Grid lines: one segment per consecutive pair of points, one node, cut in
+    // plan to the elements' box, (0, 0, -2)-(102, 3, 4), grown by a tenth of
+    // its largest side, 10.2 m; grillasIFC keeps the axes whole.
+    cv->grillasIFC = {{"1", "A", true, {{0, -1000, 0}, {0, 1000, 0}}},
+                      {"2", "1", false, {{-500, 0, 1}, {-400, 0, 1}, {500, 0, 1}}},
+                      {"3", "S", false, {{-1000, 5, 0}, {1000, 5, 20}}},
+                      {"4", "Fuera", false, {{500, 500, 0}, {600, 500, 0}}},
+                      {"5", "Dentro", false, {{1, 1, 0}, {2, 2.5f, 0}}}};
+    const auto enteras = cv->grillasIFC;
     cv->reconstruirGrillas();
     ASSERT_TRUE(cv->nodoGrillasIFC);
     EXPECT_EQ(cv->nodoGrillasIFC->name(), std::optional<std::string>("GrillasIFC"));
+    EXPECT_EQ(cv->nodoGrillasIFC->parent(), raiz);
     const Geometry& g = *cv->nodoGrillasIFC->geometry();
     EXPECT_EQ(g.elementos[0].primitiva, Primitiva::Lineas);
-    EXPECT_EQ(g.elementos[0].indices.size(), 6u);
-    EXPECT_EQ(g.vertices[3], glm::vec3(0, 20, 0));
     EXPECT_EQ(*g.firstMaterial()->diffuse(), Color::gris(0.55f, 0.6f));
+    // Axis 1 loses its first piece, wholly outside; S keeps its slope in Z.
+    const std::vector<glm::vec3> recortadas = {{0, -10.2f, 0},      {0, 13.2f, 0},         {-10.2f, 0, 1},
+                                               {112.2f, 0, 1},      {-10.2f, 5, 9.898f},   {112.2f, 5, 11.122f},
+                                               {1, 1, 0},           {2, 2.5f, 0}};
+    ASSERT_EQ(g.vertices.size(), recortadas.size());
+    EXPECT_EQ(g.elementos[0].indices, (std::vector<std::int32_t>{0, 1, 2, 3, 4, 5, 6, 7}));
+    for (std::size_t i = 0; i < recortadas.size(); ++i)
+        for (int c = 0; c < 3; ++c) EXPECT_NEAR(g.vertices[i][c], recortadas[i][c], 1e-3) << i;
+    EXPECT_EQ(cv->grillasIFC.size(), enteras.size());
+    for (std::size_t i = 0; i < enteras.size(); ++i) EXPECT_EQ(cv->grillasIFC[i].puntos, enteras[i].puntos);
+
+    // The lines follow the box as it changes, to the whole axes with no
+    // elements; with no axes there is no node.
+    auto modeloArq = [&] { return cv->especialidades.at("ARQ").modelos.at(0).id; };
+    TransformacionModelo corrida;
+    corrida.offsetX = 50;
+    struct Paso {
+        const char* nombre;
+        std::function<void()> hacer;
+        glm::vec2 min, max; // the drawn lines in plan
+    };
+    const std::vector<Paso> pasos = {
+        {"one model left: (0, 0)-(2, 3) and 5 m", [&] { cv->desvincularTodos("EST"); }, {-5, -5}, {7, 8}},
+        {"the model moved 50 m", [&] { cv->aplicarTransformacion("ARQ", modeloArq(), corrida); }, {45, 0}, {57, 5}},
+        {"no elements", [&] { cv->desvincularTodos("ARQ"); }, {-1000, -1000}, {1000, 1000}},
+    };
+    for (const Paso& p : pasos) {
+        SCOPED_TRACE(p.nombre);
+        p.hacer();
+        ASSERT_TRUE(cv->nodoGrillasIFC);
+        EXPECT_EQ(raiz->childNodeWithName("GrillasIFC", false), cv->nodoGrillasIFC); // one node, replaced
+        const Box b = cv->nodoGrillasIFC->boundingBox();
+        EXPECT_NEAR(b.min.x, p.min.x, 1e-3);
+        EXPECT_NEAR(b.min.y, p.min.y, 1e-3);
+        EXPECT_NEAR(b.max.x, p.max.x, 1e-3);
+        EXPECT_NEAR(b.max.y, p.max.y, 1e-3);
+    }
     cv->grillasIFC.clear();
     cv->reconstruirGrillas();
     EXPECT_FALSE(cv->nodoGrillasIFC);
     EXPECT_FALSE(raiz->childNodeWithName("GrillasIFC", false));
+}
+
+// Where two axes cross in plan, from the first two points of each.
+glm::vec2 cruce(const EjeGrilla& u, const EjeGrilla& v) {
+    const glm::vec2 p(u.puntos[0]), r = glm::vec2(u.puntos[1]) - p;
+    const glm::vec2 q(v.puntos[0]), s = glm::vec2(v.puntos[1]) - q;
+    const float t = ((q.x - p.x) * s.y - (q.y - p.y) * s.x) / (r.x * s.y - r.y * s.x);
+    return p + t * r;
+}
+
+// A model authored in millimetres, its site far off and turned, its grid on a
+// raised storey, moved and turned again, and a column on every intersection:
+// through the real converter the axes cross where the columns stand, the
+// drawn lines stop near them while the axes stay whole, the camera frames the
+// columns, and a project restored from it brings the grid back.
+TEST(VinculoIFC, grillaEnMilimetrosCruzaDondeEstanLosPilares) {
+    QTemporaryDir dir;
+    const QString ifc = dir.filePath(QStringLiteral("grilla mm.ifc"));
+    QProcess generador;
+    generador.start(QStringLiteral(TESKAL_PYTHON), {QStringLiteral(TESKAL_TESTS_DIR "/federation/grilla_milimetros.py"), ifc});
+    ASSERT_TRUE(generador.waitForFinished(300000));
+    ASSERT_EQ(generador.exitCode(), 0) << generador.readAllStandardError().toStdString();
+
+    auto cv = espacio();
+    cv->vincularIFC("EST");
+    cv->archivosElegidos({ifc.toStdString()});
+    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
+    ASSERT_FALSE(cv->showError) << cv->errorMessage.value_or("");
+
+    std::map<std::string, const EjeGrilla*> ejes;
+    for (const EjeGrilla& e : cv->grillasIFC) ejes[e.tag + (e.esU ? "U" : "V")] = &e;
+    ASSERT_EQ(ejes.size(), 5u);
+    const Node& modelo = *cv->especialidades.at("EST").modelos.at(0).nodo;
+    for (const char* u : {"A", "B", "C"}) {
+        for (const char* v : {"1", "2"}) {
+            SCOPED_TRACE(std::string(u) + v);
+            const auto pilar = modelo.childNodeWithName(std::string("Pilar ") + u + v, false);
+            ASSERT_TRUE(pilar);
+            const Box b = pilar->boundingBoxMundo();
+            const glm::vec2 c = cruce(*ejes.at(std::string(u) + "U"), *ejes.at(std::string(v) + "V"));
+            EXPECT_NEAR(c.x, b.centro().x, 2e-3);
+            EXPECT_NEAR(c.y, b.centro().y, 2e-3);
+            EXPECT_NEAR(ejes.at(std::string(u) + "U")->puntos[0].z, b.min.z, 2e-3); // on the storey
+        }
+    }
+    // Whole axes: 140 m each. Drawn: within the columns' box and 5 m around it.
+    for (const auto& [clave, e] : ejes)
+        EXPECT_NEAR(glm::distance(e->puntos[0], e->puntos[1]), 140.0f, 1e-2) << clave;
+    const Box elementos = modelo.boundingBoxMundo();
+    ASSERT_TRUE(cv->nodoGrillasIFC);
+    const Box dibujo = cv->nodoGrillasIFC->boundingBox();
+    for (int c = 0; c < 2; ++c) {
+        EXPECT_LT(dibujo.min[c], elementos.min[c]);
+        EXPECT_GE(dibujo.min[c], elementos.min[c] - 5.0f - 1e-3f);
+        EXPECT_GT(dibujo.max[c], elementos.max[c]);
+        EXPECT_LE(dibujo.max[c], elementos.max[c] + 5.0f + 1e-3f);
+    }
+    // The camera frames the columns, not the lines around them.
+    const auto encuadre = cv->encuadreEscena();
+    ASSERT_TRUE(encuadre);
+    const glm::vec3 tam = elementos.tamano();
+    EXPECT_FLOAT_EQ(encuadre->second, std::max({tam.x, tam.y, tam.z}));
+
+    // Saved and opened in a workspace that shows another grid: that one goes,
+    // this one comes back with the model, drawn as before.
+    const std::string proyecto = dir.filePath(QStringLiteral("grilla.teskal")).toStdString();
+    ASSERT_TRUE(cv->escribirProyecto(proyecto));
+    auto otro = espacio();
+    otro->grillasIFC = {{"x", "Z", true, {{0, 0, 0}, {1, 0, 0}}}};
+    otro->reconstruirGrillas();
+    otro->abrirProyecto(proyecto);
+    EXPECT_TRUE(otro->grillasIFC.empty());
+    EXPECT_FALSE(otro->nodoGrillasIFC);
+    ASSERT_TRUE(esperarHasta([&] { return !otro->especialidades.at("EST").modelos.empty(); }));
+    ASSERT_EQ(otro->grillasIFC.size(), cv->grillasIFC.size());
+    for (std::size_t i = 0; i < cv->grillasIFC.size(); ++i) {
+        EXPECT_EQ(otro->grillasIFC[i].tag, cv->grillasIFC[i].tag);
+        EXPECT_EQ(otro->grillasIFC[i].puntos, cv->grillasIFC[i].puntos);
+    }
+    ASSERT_TRUE(otro->nodoGrillasIFC);
+    EXPECT_EQ(otro->nodoGrillasIFC->geometry()->vertices, cv->nodoGrillasIFC->geometry()->vertices);
 }
 
 } // namespace

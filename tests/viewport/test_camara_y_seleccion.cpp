@@ -160,13 +160,17 @@ TEST(Camara, zoomExtentsSinElPisoYEscenasVacias) {
     EXPECT_FALSE(b.cv.viewport.animando());
     b.vincular("ARQ", dosCajas);
     ASSERT_TRUE(b.cv.scene.rootNode()->childNodeWithName("_TESKAL_Piso", false));
+    b.cv.grillasIFC = {{"1", "A", true, {{-900, 1, -50}, {900, 1, -50}}}};
+    b.cv.reconstruirGrillas();
+    const auto hijos = b.cv.scene.rootNode()->childNodes();
     b.cv.zoomExtents();
     b.cv.viewport.terminarAnimacion();
-    // Box (0,0,0)-(11,2,3): centre (5.5, 1, 1.5), size 11; the 5 km floor is left out.
+    // Box (0,0,0)-(11,2,3): centre (5.5, 1, 1.5), size 11; the 5 km floor and
+    // the grid lines, 5 m past the box and 50 m below it, are left out.
     esperarCerca(b.camara->position(), {16.5f, -10, 12.5f});
     EXPECT_FLOAT_EQ(b.camara->camera()->zFar, 1100.0f);
-    // The floor is back in its place afterwards.
-    EXPECT_EQ(b.cv.scene.rootNode()->childNodes().back()->name(), std::optional<std::string>("_TESKAL_Piso"));
+    // The measuring leaves the scene's tree as it was.
+    EXPECT_EQ(b.cv.scene.rootNode()->childNodes(), hijos);
 
     // A scene whose only element is a point has a box of no extent: like an
     // empty scene, nothing is framed.
@@ -199,6 +203,10 @@ TEST(Camara, planoCercanoDelCorte) {
     EXPECT_TRUE(b.cv.modoCorteCamara);
     EXPECT_FALSE(b.cv.mostrarPopoverCorte);
     b.cv.fijarModoCorte(false);
+    // With no elements a grid is drawn whole: 20 km that the size leaves out.
+    b.cv.grillasIFC = {{"1", "A", true, {{-10000, 0, 0}, {10000, 0, 0}}}};
+    b.cv.desvincularTodos("ARQ");
+    ASSERT_TRUE(b.cv.nodoGrillasIFC);
     // The override has just gone: the near plane comes from the scene's size,
     // the floor of 5000 m included, not from the value before the cut.
     v.actualizarCercano(0.05, b.cv.nearClipOverride(), raiz);
