@@ -175,8 +175,9 @@ TEST(ArchivoBCF, entradasYContenidosDeUnAnalisis) {
         const std::string proyecto = contenido(archivo->ruta, "project.bcfp");
         const std::string projectId = guidEn(proyecto, "ProjectId");
         EXPECT_EQ(proyecto, textoProyectoBCF(projectId, "Proyecto \"Norte\"", f.forma));
-        if (f.forma == FormaBCF::estandar)
+        if (f.forma == FormaBCF::estandar) {
             EXPECT_EQ(contenido(archivo->ruta, "extensions.xsd"), textoExtensionesBCF(e.analisis));
+        }
 
         // Each topic and its viewpoint share one new GUID; no two topics share one.
         std::vector<std::string> guids{projectId};

@@ -190,26 +190,31 @@ TEST_F(VersionesXOR, GiroEnSuSitioIdenticosYRenombradoConElMismoGlobalId) {
     auto base = versionBase(), girada = versionBase();
     base.push_back({"Pilar", gid(7), 30, 0, 0, 0.5, 0.5, 3});
     girada.push_back({"Pilar", gid(7), 30, 0, 0, 0.5, 0.5, 3, 90});
+    // Two pillars share a name: each is itself, never the other's twin.
+    for (auto* v : {&base, &girada}) v->push_back({"Pilar", gid(8), 40, 0, 0, 0.5, 0.5, 3});
     auto renombrada = base;
     renombrada[0].nombre = "Muro renombrado";
     const auto rutas = escribir({base, girada, renombrada});
 
     comparar(rutas[0], rutas[1]);
-    EXPECT_EQ(cv->xorStats, (EstadisticasXOR{0, 0, 0, 6}));
-    // The same file in both slots: no rows, every distinct key equal.
+    EXPECT_EQ(cv->xorStats, (EstadisticasXOR{0, 0, 0, 7}));
+    // The same file in both slots: no rows, every element equal.
     cv->limpiarXOR();
     cargar(slotsXOR::nuevo, rutas[0]);
     cv->compararXOR();
     EXPECT_TRUE(cv->resultadoXOR->elementos.empty());
-    EXPECT_EQ(cv->resultadoXOR->iguales, 6);
+    EXPECT_EQ(cv->resultadoXOR->iguales, 7);
 
-    // A renamed wall keeps its GlobalId: it matches only while both slots have ids.
+    // A renamed wall keeps its GlobalId: it matches while both slots have ids.
     cv->limpiarXOR();
     cargar(slotsXOR::nuevo, rutas[2]);
     cv->compararXOR();
-    EXPECT_EQ(cv->xorStats, (EstadisticasXOR{0, 0, 0, 6}));
+    EXPECT_EQ(cv->xorStats, (EstadisticasXOR{0, 0, 0, 7}));
+    // Without ids on the new side, elements match by name: the renamed wall
+    // is new, and the two pillars of one name count once.
     cv->limpiarXOR();
     cv->globalIdXorNuevo.clear();
+    cv->modeloNuevo->enumerateChildNodes([](Node& n, bool&) { n.setIdentidadIFC({}, {}); });
     cv->compararXOR();
     EXPECT_EQ(cv->xorStats, (EstadisticasXOR{1, 1, 0, 5}));
     EXPECT_EQ(filas(), (Filas{{"Muro quieto", TipoCambioXOR::eliminado},

@@ -67,8 +67,8 @@ TEST(DocumentoProyecto, codificacionYDecodificacion) {
     const QJsonObject analisis = raiz["historialAnalisis"].toArray()[0].toObject();
     EXPECT_EQ(claves(analisis), (QStringList{"fecha", "id", "interferencias", "nombre", "tolerancia"}));
     EXPECT_EQ(claves(analisis["interferencias"].toArray()[0].toObject()),
-              (QStringList{"especialidadA", "especialidadB", "estado", "id", "nombreA", "nombreB", "radio", "vpPosX",
-                           "vpPosY", "vpPosZ", "vpTgtX", "vpTgtY", "vpTgtZ"}));
+              (QStringList{"especialidadA", "especialidadB", "estado", "globalIdA", "id", "nombreA", "nombreB", "radio",
+                           "vpPosX", "vpPosY", "vpPosZ", "vpTgtX", "vpTgtY", "vpTgtZ"}));
 
     auto vuelta = decodificarProyecto(json);
     ASSERT_TRUE(std::holds_alternative<ProyectoTESKAL>(vuelta)) << std::get<std::string>(vuelta);
