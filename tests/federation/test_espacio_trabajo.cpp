@@ -10,6 +10,9 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThreadPool>
@@ -21,6 +24,7 @@
 #include <map>
 #include <unistd.h>
 #include "espera_eventos.h"
+#include "utilidades_prueba.h"
 
 using namespace teskal;
 
@@ -183,6 +187,49 @@ TEST(VinculoIFC, cadaVinculoVaALaEspecialidadElegidaConSuArchivo) {
               cv->especialidades.at("MEP").modelos[0].nodo->childNodes().size());
     EXPECT_FALSE(cv->propiedadesIFC["EST"].empty());
     EXPECT_TRUE(sobrantes("*").isEmpty()) << sobrantes("*").join(',').toStdString();
+}
+
+// A hundred piles of one name, each with its own reference: every node shows
+// its own properties, found by its GlobalId.
+TEST(VinculoIFC, elementosDelMismoNombreMuestranSusPropiasPropiedades) {
+    QTemporaryDir dir;
+    QJsonArray elementos;
+    for (int i = 0; i < 100; ++i) {
+        const QString gid = QStringLiteral("0Pilote%1").arg(i, 15, 10, QLatin1Char('0'));
+        elementos.append(QJsonObject{{"nombre", "Pilote"}, {"gid", gid}, {"clase", "IfcPile"},
+                                     {"min", QJsonArray{i * 2.0, 0, 0}}, {"tam", QJsonArray{0.5, 0.5, 8}},
+                                     {"pset", QJsonObject{{"Referencia", QStringLiteral("P-%1").arg(i)}}}});
+    }
+    const QString ruta = dir.filePath(QStringLiteral("pilotes.ifc"));
+    const QString descripcion = dir.filePath(QStringLiteral("pilotes.json"));
+    {
+        QFile f(descripcion);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(QJsonDocument(QJsonArray{QJsonObject{{"ruta", ruta}, {"elementos", elementos}}}).toJson());
+    }
+    QProcess generador;
+    generador.start(QStringLiteral(TESKAL_PYTHON), {QStringLiteral(TESKAL_TESTS_DIR "/analyses/versiones_xor.py"), descripcion});
+    ASSERT_TRUE(generador.waitForFinished(300000) && generador.exitCode() == 0)
+        << generador.readAllStandardError().toStdString();
+
+    auto cv = espacio();
+    cv->vincularIFC("EST");
+    cv->archivosElegidos({ruta.toStdString()});
+    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
+    ASSERT_FALSE(cv->showError) << cv->errorMessage.value_or("");
+    const auto& nodos = cv->especialidades.at("EST").modelos.at(0).nodo->childNodes();
+    ASSERT_EQ(nodos.size(), 100u);
+    std::set<std::string> referencias;
+    for (const auto& n : nodos) {
+        ASSERT_EQ(n->claseIFC(), "IfcPile");
+        const PropiedadesElemento* p = cv->propiedadesDe(*n);
+        ASSERT_TRUE(p) << n->globalId();
+        const int i = std::stoi(n->globalId().substr(7));
+        EXPECT_EQ(p->at(pruebas::clave("Pset_Prueba", "Referencia")), "P-" + std::to_string(i));
+        EXPECT_EQ(p->at("__tipoIFC"), "IFCPILE");
+        referencias.insert(p->at(pruebas::clave("Pset_Prueba", "Referencia")));
+    }
+    EXPECT_EQ(referencias.size(), 100u);
 }
 
 // A converter that never ends: cancelled by the user, stopped by the time
