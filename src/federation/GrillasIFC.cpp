@@ -48,7 +48,6 @@ std::string claveEje(const EjeGrilla& e) { return e.tag + (e.esU ? "U" : "V"); }
 
 std::vector<EjeGrilla> leerGrillasIFCTexto(std::string_view texto) {
     std::vector<EjeGrilla> ejes;
-    if (!esUTF8Valido(texto)) return ejes;
     const TablaEntidadesIFC tabla(texto, tipoDeGrillas);
     const auto& entidades = tabla.entidades();
     std::vector<std::string_view> args;

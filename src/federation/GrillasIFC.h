@@ -17,7 +17,7 @@ struct EjeGrilla {
 };
 
 // The grid axes of every IFCGRID of the file whose curves are polylines.
-// Never fails: an unreadable or non-UTF-8 file gives no axes.
+// Never fails: an unreadable file gives no axes.
 std::vector<EjeGrilla> leerGrillasIFC(const std::string& ruta);
 std::vector<EjeGrilla> leerGrillasIFCTexto(std::string_view texto);
 

@@ -20,11 +20,24 @@ using PropiedadesModelo = std::unordered_map<std::string, PropiedadesElemento>;
 // Discipline key to the properties of its elements: the workspace's index.
 using PropiedadesPorEspecialidad = std::unordered_map<std::string, PropiedadesModelo>;
 
-// Reads the type and the single-value properties of every product of the file,
-// keyed by the element's Name. Never fails: an unreadable or non-UTF-8 file
-// gives an empty result.
-PropiedadesModelo leerPropiedadesIFC(const std::string& ruta);
+// What the index reads of one IFC file, in one scan: every product's type,
+// the single values of its property sets and the quantities of its quantity
+// sets, its own and those of its type object (its own value wins).
+struct IndiceIFC {
+    // By element Name: elements that share a Name share one entry.
+    PropiedadesModelo porNombre;
+    // By GlobalId: each element's own entry.
+    PropiedadesModelo porGlobalId;
+};
+
+// Never fails: an unreadable file gives an empty index, a malformed item is
+// skipped.
+IndiceIFC leerIndiceIFC(const std::string& ruta);
 // The same over text already in memory.
+IndiceIFC leerIndiceIFCTexto(std::string_view texto);
+
+// The index by Name alone.
+PropiedadesModelo leerPropiedadesIFC(const std::string& ruta);
 PropiedadesModelo leerPropiedadesIFCTexto(std::string_view texto);
 
 // Merges a model's properties into a discipline's: an element name that is
