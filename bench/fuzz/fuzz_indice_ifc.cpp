@@ -16,6 +16,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -147,19 +148,21 @@ std::optional<std::int64_t> enteroSimple(std::string_view s) {
     return v;
 }
 
-// The class of a type name, looked up one name at a time in the tables.
+// The class of a type name, from an ordered map of the tables' names built
+// once, one name at a time.
 ClaseIFC tipoSimple(std::string_view escrito) {
-    const std::string mayus = aMayusculas(recortarSimple(escrito));
-    ClaseIFC clase;
-    for (std::size_t i = 0; i < nombresProductoIFC.size(); ++i)
-        if (nombresProductoIFC[i] == mayus) clase = {TipoIFC::Producto, static_cast<std::uint16_t>(i)};
-    for (const std::string_view t : nombresObjetoTipoIFC)
-        if (t == mayus) clase.tipo = TipoIFC::ObjetoTipo;
-    for (int i = 0; i < 255; ++i) {
-        const std::string_view nombre = nombreTipoIFC(static_cast<TipoIFC>(i));
-        if (!nombre.empty() && nombre == mayus) clase.tipo = static_cast<TipoIFC>(i);
-    }
-    return clase;
+    static const std::map<std::string, ClaseIFC, std::less<>> clases = [] {
+        std::map<std::string, ClaseIFC, std::less<>> m;
+        for (std::size_t i = 0; i < nombresProductoIFC.size(); ++i)
+            m[std::string(nombresProductoIFC[i])] = {TipoIFC::Producto, static_cast<std::uint16_t>(i)};
+        for (const std::string_view t : nombresObjetoTipoIFC) m[std::string(t)].tipo = TipoIFC::ObjetoTipo;
+        for (int i = 0; i < 255; ++i)
+            if (const std::string_view n = nombreTipoIFC(static_cast<TipoIFC>(i)); !n.empty())
+                m[std::string(n)].tipo = static_cast<TipoIFC>(i);
+        return m;
+    }();
+    const auto it = clases.find(aMayusculas(recortarSimple(escrito)));
+    return it == clases.end() ? ClaseIFC{} : it->second;
 }
 
 bool partirSimple(std::string_view sentencia, PartesEntidad& partes) {

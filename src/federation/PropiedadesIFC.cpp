@@ -74,6 +74,8 @@ private:
     void leerProductos();
     void leerRelacionesPropias();
     void leerRelacionesDeTipo();
+    // The entries by GlobalId that share their storage with the entry by Name.
+    void compartir();
     // Appends the (key, value) pairs of a property set's single values or of
     // a quantity set's quantities; nothing for any other definition.
     void leerDefinicion(std::int64_t id, Pares& pares);
@@ -86,6 +88,7 @@ private:
     std::vector<Entradas> entradaDe_; // by entity
     std::vector<std::uint32_t> relaciones_;
     std::vector<std::uint32_t> relacionesTipo_;
+    std::vector<std::pair<std::string, std::uint32_t>> gids_; // GlobalId, product, in file order
     // Property definitions related to a type object rather than to an
     // element (IFC4): type entity, definition number, in file order.
     std::vector<std::pair<std::uint32_t, std::int64_t>> definicionesDeTipo_;
@@ -104,6 +107,7 @@ IndiceIFC LectorIndice::leer() {
     // value wins whatever the order of the file.
     leerRelacionesPropias();
     leerRelacionesDeTipo();
+    compartir();
     return std::move(indice_);
 }
 
@@ -126,6 +130,7 @@ void LectorIndice::leerProductos() {
 
     // The entries each product feeds are remembered by entity, so the
     // relation passes read each product's Name and GlobalId once.
+    std::vector<std::pair<PropiedadesElemento*, std::uint32_t>> conNombre; // entry by Name, product
     for (std::size_t k = 0; k < productos.size(); ++k) {
         precargarLista(entidades, productos, k);
         const std::size_t i = productos[k];
@@ -138,14 +143,39 @@ void LectorIndice::leerProductos() {
             PropiedadesElemento& entrada = indice_.porNombre[std::move(nombre)];
             entrada.insert_or_assign(std::string(claveTipoIFC), std::string(tipo));
             entradaDe_[i].porNombre = &entrada;
+            conNombre.emplace_back(&entrada, static_cast<std::uint32_t>(i));
         }
         if (!conGlobalId_) continue;
-        std::string gid = limpiarTextoSTEP(args_[0]);
-        if (!gid.empty()) {
-            PropiedadesElemento& entrada = indice_.porGlobalId[std::move(gid)];
-            entrada.insert_or_assign(std::string(claveTipoIFC), std::string(tipo));
-            entradaDe_[i].porGlobalId = &entrada;
-        }
+        gids_.emplace_back(limpiarTextoSTEP(args_[0]), static_cast<std::uint32_t>(i));
+        if (gids_.back().first.empty()) gids_.pop_back();
+    }
+    if (!conGlobalId_) return;
+
+    // An element whose Name no other element bears gets, by GlobalId, the
+    // same entry as by Name once the relations are read (see compartir);
+    // every other element with a GlobalId has an entry of its own from now.
+    std::sort(conNombre.begin(), conNombre.end(),
+              [](const auto& a, const auto& b) { return std::less<>()(a.first, b.first); });
+    std::vector<bool> nombreUnico(entidades.size(), false);
+    for (std::size_t k = 0; k < conNombre.size(); ++k) {
+        const bool igualAnterior = k > 0 && conNombre[k - 1].first == conNombre[k].first;
+        const bool igualSiguiente = k + 1 < conNombre.size() && conNombre[k + 1].first == conNombre[k].first;
+        nombreUnico[conNombre[k].second] = !igualAnterior && !igualSiguiente;
+    }
+    for (auto& [gid, i] : gids_) {
+        if (nombreUnico[i]) continue;
+        PropiedadesElemento& entrada = indice_.porGlobalId[gid];
+        entrada.insert_or_assign(std::string(claveTipoIFC), std::string(nombreProductoIFC(entidades[i].producto)));
+        entradaDe_[i].porGlobalId = &entrada;
+    }
+}
+
+void LectorIndice::compartir() {
+    // In file order, so that of two elements with one GlobalId the later
+    // stands, as it would through its own entry.
+    for (auto& [gid, i] : gids_) {
+        if (entradaDe_[i].porGlobalId) continue; // an entry of its own
+        indice_.porGlobalId.insert_or_assign(std::move(gid), *entradaDe_[i].porNombre);
     }
 }
 
