@@ -11,6 +11,10 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+#if defined(__x86_64__) && defined(__GNUC__)
+#include <immintrin.h>
+#define TESKAL_AVX2 1
+#endif
 
 namespace teskal {
 
@@ -182,6 +186,35 @@ void anadirBytes(std::string& r, std::string_view bytes, bool utf8) {
     }
 }
 
+// One pass, eight bytes at a time, tells whether the text holds a backslash
+// or an apostrophe (anything to decode) and whether it is plain ASCII: the
+// common case for both is a name or value to copy as it stands.
+void examinar(std::string_view s, bool& especial, bool& ascii) {
+    constexpr std::uint64_t unos = 0x0101010101010101ull;
+    constexpr std::uint64_t altos = 0x8080808080808080ull;
+    // Nonzero when a byte of w is the byte of patron (repeated).
+    const auto hay = [](std::uint64_t w, std::uint64_t patron) {
+        const std::uint64_t x = w ^ patron;
+        return (x - unos) & ~x & altos;
+    };
+    std::uint64_t marcas = 0;
+    std::uint64_t bytes = 0;
+    std::size_t i = 0;
+    for (; i + 8 <= s.size(); i += 8) {
+        std::uint64_t w;
+        std::memcpy(&w, s.data() + i, 8);
+        bytes |= w;
+        marcas |= hay(w, unos * '\\') | hay(w, unos * '\'');
+    }
+    for (; i < s.size(); ++i) {
+        const auto c = static_cast<unsigned char>(s[i]);
+        bytes |= c;
+        marcas |= c == '\\' || c == '\'';
+    }
+    especial = marcas != 0;
+    ascii = (bytes & altos) == 0;
+}
+
 } // namespace
 
 std::string comoUTF8(std::string_view s) {
@@ -193,14 +226,9 @@ std::string comoUTF8(std::string_view s) {
 }
 
 std::string decodificarTextoSTEP(std::string_view s) {
-    // One pass tells whether anything is to be decoded and whether the text
-    // is plain ASCII, the common case for both.
     bool especial = false;
     bool ascii = true;
-    for (const char c : s) {
-        especial |= c == '\\' || c == '\'';
-        ascii &= static_cast<unsigned char>(c) < 0x80;
-    }
+    examinar(s, especial, ascii);
     const bool utf8 = ascii || esUTF8Valido(s);
     std::string r;
     if (!especial) {
@@ -353,13 +381,15 @@ const char* finComentario(const char* p, const char* fin) {
 bool esComentario(const char* p, const char* fin) { return p + 1 < fin && p[0] == '/' && p[1] == '*'; }
 
 // Past the blanks, line ends, control bytes and comments between statements.
-const char* saltarSeparadores(const char* p, const char* fin) {
+// comentario tells whether a comment was among them.
+const char* saltarSeparadores(const char* p, const char* fin, bool& comentario) {
     while (p < fin) {
         const auto c = static_cast<unsigned char>(*p);
         if (c <= ' ' || c == 0x7F) {
             ++p;
         } else if (c == '/' && esComentario(p, fin)) {
             p = finComentario(p + 2, fin);
+            comentario = true;
         } else if (const std::size_t k =
                        c >= 0xC2 ? largoBlanco(std::string_view(p, static_cast<std::size_t>(fin - p))) : 0) {
             p += k;
@@ -403,35 +433,178 @@ struct EstadoSentencia {
     }
 };
 
-FinSentencia buscarFin(const char* p, const char* const fin) {
-    EstadoSentencia estado{fin};
-#if defined(__SSE2__)
-    const __m128i comilla = _mm_set1_epi8('\'');
-    const __m128i puntoYComa = _mm_set1_epi8(';');
-    const __m128i barra = _mm_set1_epi8('/');
-    const __m128i nl = _mm_set1_epi8('\n');
-    const __m128i cr = _mm_set1_epi8('\r');
-    while (fin - p >= 16) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        // Inside a string only apostrophes and line ends count.
-        auto enTexto = static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(
-            _mm_cmpeq_epi8(v, comilla), _mm_or_si128(_mm_cmpeq_epi8(v, nl), _mm_cmpeq_epi8(v, cr)))));
-        auto todos = enTexto | static_cast<unsigned>(_mm_movemask_epi8(
-                                   _mm_or_si128(_mm_cmpeq_epi8(v, puntoYComa), _mm_cmpeq_epi8(v, barra))));
-        const char* sigue = p + 16;
-        while (const unsigned m = estado.enTexto ? enTexto : todos) {
-            const int bit = std::countr_zero(m);
-            const unsigned siguientes = ~((2u << bit) - 1u);
-            enTexto &= siguientes;
-            todos &= siguientes;
-            const char* const q = p + bit;
-            if (const char* r = estado.tomar(q)) {
-                if (r == q) return {q, estado.unir};
-                sigue = r; // past a comment
-                break;
-            }
+// The significant bytes of one block of the text, a bit each.
+struct MascarasBloque {
+    std::uint32_t comillas; // apostrophes
+    std::uint32_t puntos;   // ";"
+    std::uint32_t raros;    // line ends and "/"
+};
+
+// What one block tells of the statement's end.
+enum class PasoBloque { Sigue, Fin, Salto };
+
+// Takes a block of `Ancho` bytes at p. Fin: the end is at `donde`; Salto: a
+// comment ended at `donde`, where the search goes on; Sigue: the next block.
+template <int Ancho>
+inline PasoBloque tomarBloque(const char* p, MascarasBloque m, EstadoSentencia& estado, const char*& donde) {
+    constexpr std::uint32_t todo = Ancho == 32 ? 0xFFFFFFFFu : (1u << Ancho) - 1u;
+    // The bytes inside a string: the running parity of the apostrophes (a
+    // prefix xor), flipped when the block begins inside one.
+    std::uint32_t dentro = m.comillas;
+    dentro ^= dentro << 1;
+    dentro ^= dentro << 2;
+    dentro ^= dentro << 4;
+    dentro ^= dentro << 8;
+    if constexpr (Ancho == 32) dentro ^= dentro << 16;
+    if (estado.enTexto) dentro = ~dentro;
+    dentro &= todo;
+    const std::uint32_t fuera = m.puntos & ~dentro;
+    const std::uint32_t antes = fuera ? (1u << std::countr_zero(fuera)) - 1u : todo;
+    if (!(m.raros & antes)) {
+        // No line end nor "/" before the end: the common case.
+        if (fuera) {
+            donde = p + std::countr_zero(fuera);
+            return PasoBloque::Fin;
         }
-        p = sigue;
+        estado.enTexto = (dentro >> (Ancho - 1)) & 1u;
+        return PasoBloque::Sigue;
+    }
+    // Line ends or a possible comment: the block's significant bytes one by one.
+    std::uint32_t enTexto = m.comillas | m.raros;
+    std::uint32_t todos = enTexto | m.puntos;
+    while (const std::uint32_t bits = estado.enTexto ? enTexto : todos) {
+        const int bit = std::countr_zero(bits);
+        const std::uint32_t siguientes = ~((2u << bit) - 1u);
+        enTexto &= siguientes;
+        todos &= siguientes;
+        const char* const q = p + bit;
+        if (const char* r = estado.tomar(q)) {
+            donde = r;
+            return r == q ? PasoBloque::Fin : PasoBloque::Salto;
+        }
+    }
+    return PasoBloque::Sigue;
+}
+
+#if defined(__SSE2__)
+inline MascarasBloque mascaras16(const char* p) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const auto bits = [&](char c) {
+        return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(c))));
+    };
+    return {bits('\''), bits(';'), bits('/') | bits('\n') | bits('\r')};
+}
+#endif
+
+#if defined(TESKAL_AVX2)
+__attribute__((target("avx2"))) inline std::uint32_t bitsDe(__m256i v, char c) {
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(v, _mm256_set1_epi8(c))));
+}
+
+__attribute__((target("avx2"))) inline MascarasBloque mascaras32(const char* p) {
+    const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+    return {bitsDe(v, '\''), bitsDe(v, ';'), bitsDe(v, '/') | bitsDe(v, '\n') | bitsDe(v, '\r')};
+}
+
+// The blocks of 32 bytes, on processors with AVX2. False when the search is
+// over (salida holds where); true with p at the rest, less than 32 bytes.
+__attribute__((target("avx2"))) bool buscarFinAVX2(const char*& p, const char* fin, EstadoSentencia& estado,
+                                                  const char*& salida) {
+    while (fin - p >= 32) {
+        const char* donde = nullptr;
+        switch (tomarBloque<32>(p, mascaras32(p), estado, donde)) {
+        case PasoBloque::Fin:
+            salida = donde;
+            return false;
+        case PasoBloque::Salto:
+            p = donde;
+            break;
+        case PasoBloque::Sigue:
+            p += 32;
+            break;
+        }
+    }
+    return true;
+}
+#endif
+
+// The significant bytes of 64 bytes of text, a bit each.
+struct Mascaras64 {
+    std::uint64_t comillas;
+    std::uint64_t puntos;
+    std::uint64_t lineas; // line ends
+    std::uint64_t barras; // "/"
+};
+
+#if defined(__SSE2__)
+inline Mascaras64 mascaras64(const char* p) {
+    Mascaras64 m{};
+    for (int k = 0; k < 4; ++k) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * k));
+        const auto bits = [&](char c) {
+            return static_cast<std::uint64_t>(static_cast<std::uint32_t>(
+                       _mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(c)))))
+                   << (16 * k);
+        };
+        m.comillas |= bits('\'');
+        m.puntos |= bits(';');
+        m.lineas |= bits('\n') | bits('\r');
+        m.barras |= bits('/');
+    }
+    return m;
+}
+#endif
+
+#if defined(TESKAL_AVX2)
+__attribute__((target("avx2"))) Mascaras64 mascaras64AVX2(const char* p) {
+    const __m256i a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+    const __m256i b = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 32));
+    const auto dos = [](std::uint32_t bajo, std::uint32_t alto) {
+        return static_cast<std::uint64_t>(bajo) | (static_cast<std::uint64_t>(alto) << 32);
+    };
+    return {dos(bitsDe(a, '\''), bitsDe(b, '\'')), dos(bitsDe(a, ';'), bitsDe(b, ';')),
+            dos(bitsDe(a, '\n') | bitsDe(a, '\r'), bitsDe(b, '\n') | bitsDe(b, '\r')),
+            dos(bitsDe(a, '/'), bitsDe(b, '/'))};
+}
+#endif
+
+// Bit i of the result is the parity of bits 0 to i of x.
+inline std::uint64_t paridad(std::uint64_t x) {
+    for (int k = 1; k < 64; k *= 2) x ^= x << k;
+    return x;
+}
+
+#if defined(TESKAL_AVX2)
+// The same as one carry-less product by all ones, on the processors with
+// AVX2 (all of which carry PCLMULQDQ).
+__attribute__((target("pclmul"))) inline std::uint64_t paridadCLMUL(std::uint64_t x) {
+    const __m128i producto = _mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<long long>(x)),
+                                                  _mm_set1_epi8(static_cast<char>(0xFF)), 0);
+    return static_cast<std::uint64_t>(_mm_cvtsi128_si64(producto));
+}
+#endif
+
+FinSentencia buscarFin(const char* p, const char* const fin, bool avx2) {
+    EstadoSentencia estado{fin};
+#if defined(TESKAL_AVX2)
+    const char* salida = nullptr;
+    if (avx2 && !buscarFinAVX2(p, fin, estado, salida)) return {salida, estado.unir};
+#else
+    (void)avx2;
+#endif
+#if defined(__SSE2__)
+    while (fin - p >= 16) {
+        const char* donde = nullptr;
+        switch (tomarBloque<16>(p, mascaras16(p), estado, donde)) {
+        case PasoBloque::Fin:
+            return {donde, estado.unir};
+        case PasoBloque::Salto:
+            p = donde;
+            break;
+        case PasoBloque::Sigue:
+            p += 16;
+            break;
+        }
     }
 #endif
     while (p < fin) {
@@ -444,14 +617,80 @@ FinSentencia buscarFin(const char* p, const char* const fin) {
 
 } // namespace
 
+LectorSentenciasSTEP::LectorSentenciasSTEP(std::string_view texto)
+    : p_(texto.data()), fin_(texto.data() + texto.size()) {
+#if defined(TESKAL_AVX2)
+    avx2_ = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("pclmul");
+#else
+    avx2_ = false;
+#endif
+}
+
+void LectorSentenciasSTEP::cargarBloque(const char* base, bool enTexto) {
+    // The bytes inside a string: the running parity of the apostrophes (a
+    // prefix xor), flipped when the block begins inside one.
+#if defined(TESKAL_AVX2)
+    Mascaras64 m;
+    std::uint64_t dentro;
+    if (avx2_) {
+        m = mascaras64AVX2(base);
+        dentro = paridadCLMUL(m.comillas);
+    } else {
+        m = mascaras64(base);
+        dentro = paridad(m.comillas);
+    }
+#else
+    const Mascaras64 m = mascaras64(base);
+    std::uint64_t dentro = paridad(m.comillas);
+#endif
+    if (enTexto) dentro = ~dentro;
+    base_ = base;
+    finales_ = m.puntos & ~dentro;
+    raros_ = m.lineas | (m.barras & ~dentro);
+    enTextoAlFinal_ = dentro >> 63;
+}
+
+bool LectorSentenciasSTEP::buscarEnBloques(const char* inicio, bool comentario, const char*& final) {
+    // The block must tell the bytes from inicio on, from outside a string: a
+    // statement that begins in it after the ";" of the one before does, unless
+    // a comment between them held apostrophes.
+    if (comentario || !base_ || inicio < base_ || inicio >= base_ + 64) {
+        if (fin_ - inicio < 64) return false;
+        cargarBloque(inicio, false);
+    }
+    for (;;) {
+        const auto desde = static_cast<unsigned>(inicio - base_);
+        const std::uint64_t mascara = ~std::uint64_t(0) << desde;
+        const std::uint64_t finales = finales_ & mascara;
+        const std::uint64_t raros = raros_ & mascara;
+        if (finales) {
+            const int e = std::countr_zero(finales);
+            // A line end or a comment before the end: the statement is rejoined.
+            if (raros & ((std::uint64_t(1) << e) - 1)) return false;
+            final = base_ + e;
+            return true;
+        }
+        if (raros || fin_ - (base_ + 64) < 64) return false;
+        cargarBloque(base_ + 64, enTextoAlFinal_);
+        inicio = base_;
+    }
+}
+
 bool LectorSentenciasSTEP::siguiente(std::string_view& sentencia, bool& estable) {
     for (;;) {
-        const char* const inicio = saltarSeparadores(p_, fin_);
+        bool comentario = false;
+        const char* const inicio = saltarSeparadores(p_, fin_, comentario);
         if (inicio >= fin_) {
             p_ = fin_;
             return false;
         }
-        const FinSentencia f = buscarFin(inicio, fin_);
+        // Most statements end in the blocks already read, with nothing to
+        // rejoin; the others are read byte by byte where they need it.
+        FinSentencia f{nullptr, false};
+        if (!buscarEnBloques(inicio, comentario, f.fin)) {
+            f = buscarFin(inicio, fin_, avx2_);
+            base_ = nullptr;
+        }
         // The statement with its ";", if it has one.
         const char* const finSentencia = f.fin < fin_ ? f.fin + 1 : fin_;
         p_ = finSentencia;

@@ -74,8 +74,7 @@ bool partirEntidadSTEP(std::string_view sentencia, PartesEntidad& partes);
 // keywords do not begin with "#" and are passed over.
 class LectorSentenciasSTEP {
 public:
-    explicit LectorSentenciasSTEP(std::string_view texto)
-        : p_(texto.data()), fin_(texto.data() + texto.size()) {}
+    explicit LectorSentenciasSTEP(std::string_view texto);
 
     // The next statement that begins with "#", with its ";" (a last one cut
     // short by the end of the text has none). estable is true when the view
@@ -84,8 +83,22 @@ public:
     bool siguiente(std::string_view& sentencia, bool& estable);
 
 private:
+    // Reads the 64 bytes at base, whose first byte is inside a string or not.
+    void cargarBloque(const char* base, bool enTexto);
+    // The ";" that ends the statement beginning at inicio, from the blocks;
+    // false when the statement must be read byte by byte (line ends or a
+    // comment in it, or the end of the text near).
+    bool buscarEnBloques(const char* inicio, bool comentario, const char*& final);
+
     const char* p_;
     const char* fin_;
+    bool avx2_; // the processor reads 32 bytes at a time
+    // The block of 64 bytes last read: the ";" outside strings in it, its
+    // line ends and "/" outside strings, and whether it ends inside a string.
+    const char* base_ = nullptr;
+    std::uint64_t finales_ = 0;
+    std::uint64_t raros_ = 0;
+    bool enTextoAlFinal_ = false;
     std::string unida_; // the last statement that had to be rejoined
 };
 

@@ -79,7 +79,7 @@ constexpr bool nombresValidos = [] {
     return true;
 }();
 static_assert(nombresValidos);
-static_assert(numeroReconocidos < 0xFFFF);
+static_assert(numeroReconocidos < 0xFFFF && largoMaximo < 0x100);
 
 // Clearing bit 5 of a byte gives an upper-case letter only from that letter
 // in either case, so a name written in any case is hashed and compared with
@@ -104,29 +104,43 @@ constexpr std::uint64_t cargar(const char* p, std::size_t n) {
 }
 static_assert(std::endian::native == std::endian::little);
 
-// The first and the last word of the name (four bytes each below eight
-// bytes), bit 5 cleared. All names begin "IFC", so the first word tells
-// little by itself; with the last one and the length it spreads them well.
-constexpr std::size_t dispersar(const char* t, std::size_t largo) {
+// A 64-bit hash of the name from its first and last word (four bytes each
+// below eight bytes), bit 5 cleared, and its length. All names begin "IFC",
+// so the first word tells little by itself; with the last one and the length
+// it spreads them well.
+constexpr std::uint64_t dispersar(const char* t, std::size_t largo) {
     const std::size_t ancho = largo >= 8 ? 8 : 4;
     const std::uint64_t a = cargar(t, ancho) & sinBit5;
     const std::uint64_t b = cargar(t + largo - ancho, ancho) & sinBit5;
-    std::uint64_t x = a * 0x9E3779B97F4A7C15ull ^ std::rotl(b, 29) ^ largo;
-    x *= 0xBF58476D1CE4E5B9ull;
-    return static_cast<std::size_t>(x >> 54); // 10 bits
+    std::uint64_t x = (a ^ (b * 0x9E3779B97F4A7C15ull) ^ largo) * 0xBF58476D1CE4E5B9ull;
+    return x ^ (x >> 31);
 }
 
-constexpr std::size_t casillas = 1024; // at most half full
-static_assert(numeroReconocidos * 2 <= casillas);
+constexpr std::size_t bitsCasilla = 11;
+constexpr std::size_t casillas = std::size_t(1) << bitsCasilla; // at most a quarter full
+static_assert(numeroReconocidos * 4 <= casillas);
 
-// Open addressing with linear probing: each slot holds a name's position in
-// reconocidos plus one, or 0 when free.
-constexpr std::array<std::uint16_t, casillas> tablaHash = [] {
-    std::array<std::uint16_t, casillas> t{};
+// A slot of the table: the name's position in reconocidos plus one (0 when
+// free), its length and eight more bits of its hash, so that a probe that
+// meets another name rarely reads that name.
+struct Casilla {
+    std::uint16_t posicion = 0;
+    std::uint8_t largo = 0;
+    std::uint8_t huella = 0;
+};
+
+constexpr std::size_t casillaDe(std::uint64_t h) { return static_cast<std::size_t>(h >> (64 - bitsCasilla)); }
+constexpr std::uint8_t huellaDe(std::uint64_t h) { return static_cast<std::uint8_t>(h >> 8); }
+
+// Open addressing with linear probing.
+constexpr std::array<Casilla, casillas> tablaHash = [] {
+    std::array<Casilla, casillas> t{};
     for (std::size_t i = 0; i < reconocidos.size(); ++i) {
-        std::size_t h = dispersar(reconocidos[i].nombre.data(), reconocidos[i].nombre.size());
-        while (t[h] != 0) h = (h + 1) % casillas;
-        t[h] = static_cast<std::uint16_t>(i + 1);
+        const std::string_view n = reconocidos[i].nombre;
+        const std::uint64_t h = dispersar(n.data(), n.size());
+        std::size_t c = casillaDe(h);
+        while (t[c].posicion != 0) c = (c + 1) % casillas;
+        t[c] = {static_cast<std::uint16_t>(i + 1), static_cast<std::uint8_t>(n.size()), huellaDe(h)};
     }
     return t;
 }();
@@ -148,17 +162,23 @@ bool igualSinMayusculas(const char* t, std::string_view nombre) {
 ClaseIFC buscarSinMayusculas(std::string_view t) {
     const std::size_t largo = t.size();
     if (largo < largoMinimo || largo > largoMaximo) return {};
-    for (std::size_t h = dispersar(t.data(), largo);; h = (h + 1) % casillas) {
-        const std::uint16_t casilla = tablaHash[h];
-        if (casilla == 0) return {};
-        const Reconocido& r = reconocidos[casilla - 1];
-        if (r.nombre.size() == largo && igualSinMayusculas(t.data(), r.nombre)) return r.clase;
+    const std::uint64_t h = dispersar(t.data(), largo);
+    const std::uint8_t huella = huellaDe(h);
+    for (std::size_t c = casillaDe(h);; c = (c + 1) % casillas) {
+        const Casilla casilla = tablaHash[c];
+        if (casilla.posicion == 0) return {};
+        if (casilla.largo != largo || casilla.huella != huella) continue;
+        const Reconocido& r = reconocidos[casilla.posicion - 1];
+        if (igualSinMayusculas(t.data(), r.nombre)) return r.clase;
     }
 }
 
 bool tieneNoASCII(std::string_view t) {
-    for (const char c : t)
-        if (static_cast<unsigned char>(c) >= 0x80) return true;
+    std::size_t i = 0;
+    for (; i + 8 <= t.size(); i += 8)
+        if (cargar(t.data() + i, 8) & 0x8080808080808080ull) return true;
+    for (; i < t.size(); ++i)
+        if (static_cast<unsigned char>(t[i]) >= 0x80) return true;
     return false;
 }
 
