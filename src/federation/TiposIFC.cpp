@@ -70,21 +70,28 @@ constexpr std::size_t largoMaximo = [] {
 }();
 
 // The comparison in any case below relies on every name being upper-case
-// ASCII letters, and the hash on reading at least four bytes.
+// ASCII letters and digits, and the hash on reading at least four bytes.
 constexpr bool nombresValidos = [] {
     if (largoMinimo < 4) return false;
     for (const auto& r : reconocidos)
         for (char c : r.nombre)
-            if (c < 'A' || c > 'Z') return false;
+            if ((c < 'A' || c > 'Z') && (c < '0' || c > '9')) return false;
     return true;
 }();
 static_assert(nombresValidos);
 static_assert(numeroReconocidos < 0xFFFF && largoMaximo < 0x100);
 
-// Clearing bit 5 of a byte gives an upper-case letter only from that letter
-// in either case, so a name written in any case is hashed and compared with
-// the upper-case names without upper-casing it first.
-constexpr std::uint64_t sinBit5 = 0xDFDFDFDFDFDFDFDFull;
+// The word with its ASCII lower-case letters upper-cased and every other byte
+// as it is, eight bytes at once: a name written in any case is hashed and
+// compared with the upper-case names without a copy.
+constexpr std::uint64_t aMayusculas8(std::uint64_t w) {
+    constexpr std::uint64_t unos = 0x0101010101010101ull;
+    const std::uint64_t siete = w & (0x7F * unos);
+    const std::uint64_t desdeA = siete + (0x80 - 'a') * unos;   // bit 7: at least 'a'
+    const std::uint64_t trasZ = siete + (0x80 - 'z' - 1) * unos; // bit 7: past 'z'
+    const std::uint64_t minuscula = desdeA & ~trasZ & ~w & (0x80 * unos);
+    return w ^ (minuscula >> 2);
+}
 
 // Little-endian words of the text, the same at compile time and at run time.
 constexpr std::uint64_t cargar(const char* p, std::size_t n) {
@@ -105,13 +112,13 @@ constexpr std::uint64_t cargar(const char* p, std::size_t n) {
 static_assert(std::endian::native == std::endian::little);
 
 // A 64-bit hash of the name from its first and last word (four bytes each
-// below eight bytes), bit 5 cleared, and its length. All names begin "IFC",
+// below eight bytes), upper-cased, and its length. All names begin "IFC",
 // so the first word tells little by itself; with the last one and the length
 // it spreads them well.
 constexpr std::uint64_t dispersar(const char* t, std::size_t largo) {
     const std::size_t ancho = largo >= 8 ? 8 : 4;
-    const std::uint64_t a = cargar(t, ancho) & sinBit5;
-    const std::uint64_t b = cargar(t + largo - ancho, ancho) & sinBit5;
+    const std::uint64_t a = aMayusculas8(cargar(t, ancho));
+    const std::uint64_t b = aMayusculas8(cargar(t + largo - ancho, ancho));
     std::uint64_t x = (a ^ (b * 0x9E3779B97F4A7C15ull) ^ largo) * 0xBF58476D1CE4E5B9ull;
     return x ^ (x >> 31);
 }
@@ -151,11 +158,11 @@ bool igualSinMayusculas(const char* t, std::string_view nombre) {
     const std::size_t largo = nombre.size();
     const char* n = nombre.data();
     if (largo < 8)
-        return ((cargar(t, 4) & sinBit5) == cargar(n, 4)) &&
-               ((cargar(t + largo - 4, 4) & sinBit5) == cargar(n + largo - 4, 4));
+        return aMayusculas8(cargar(t, 4)) == cargar(n, 4) &&
+               aMayusculas8(cargar(t + largo - 4, 4)) == cargar(n + largo - 4, 4);
     for (std::size_t i = 0; i + 8 < largo; i += 8)
-        if ((cargar(t + i, 8) & sinBit5) != cargar(n + i, 8)) return false;
-    return (cargar(t + largo - 8, 8) & sinBit5) == cargar(n + largo - 8, 8);
+        if (aMayusculas8(cargar(t + i, 8)) != cargar(n + i, 8)) return false;
+    return aMayusculas8(cargar(t + largo - 8, 8)) == cargar(n + largo - 8, 8);
 }
 
 // The class of a name whose bytes may be in any case.
