@@ -199,17 +199,21 @@ void examinar(std::string_view s, bool& especial, bool& ascii) {
     };
     std::uint64_t marcas = 0;
     std::uint64_t bytes = 0;
-    std::size_t i = 0;
-    for (; i + 8 <= s.size(); i += 8) {
+    const auto tomar = [&](std::size_t i) {
         std::uint64_t w;
         std::memcpy(&w, s.data() + i, 8);
         bytes |= w;
         marcas |= hay(w, unos * '\\') | hay(w, unos * '\'');
-    }
-    for (; i < s.size(); ++i) {
-        const auto c = static_cast<unsigned char>(s[i]);
-        bytes |= c;
-        marcas |= c == '\\' || c == '\'';
+    };
+    if (s.size() >= 8) {
+        // Whole words, the last one overlapping the one before.
+        for (std::size_t i = 0; i + 8 < s.size(); i += 8) tomar(i);
+        tomar(s.size() - 8);
+    } else {
+        for (const char c : s) {
+            bytes |= static_cast<unsigned char>(c);
+            marcas |= c == '\\' || c == '\'';
+        }
     }
     especial = marcas != 0;
     ascii = (bytes & altos) == 0;
