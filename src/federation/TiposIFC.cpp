@@ -82,8 +82,8 @@ static_assert(nombresValidos);
 static_assert(numeroReconocidos < 0xFFFF && largoMaximo < 0x100);
 
 // The word with its ASCII lower-case letters upper-cased and every other byte
-// as it is, eight bytes at once: a name written in any case is hashed and
-// compared with the upper-case names without a copy.
+// as it is, eight bytes at once: a name written in any case is compared with
+// the upper-case names without a copy.
 constexpr std::uint64_t aMayusculas8(std::uint64_t w) {
     constexpr std::uint64_t unos = 0x0101010101010101ull;
     const std::uint64_t siete = w & (0x7F * unos);
@@ -112,13 +112,16 @@ constexpr std::uint64_t cargar(const char* p, std::size_t n) {
 static_assert(std::endian::native == std::endian::little);
 
 // A 64-bit hash of the name from its first and last word (four bytes each
-// below eight bytes), upper-cased, and its length. All names begin "IFC",
-// so the first word tells little by itself; with the last one and the length
-// it spreads them well.
+// below eight bytes) and its length, the same in any case: setting bit 5
+// makes a letter lower-case and leaves digits as they are (other bytes may
+// meet there, which only costs a comparison). All names begin "IFC", so the
+// first word tells little by itself; with the last one and the length it
+// spreads them well.
 constexpr std::uint64_t dispersar(const char* t, std::size_t largo) {
+    constexpr std::uint64_t bit5 = 0x2020202020202020ull;
     const std::size_t ancho = largo >= 8 ? 8 : 4;
-    const std::uint64_t a = aMayusculas8(cargar(t, ancho));
-    const std::uint64_t b = aMayusculas8(cargar(t + largo - ancho, ancho));
+    const std::uint64_t a = cargar(t, ancho) | bit5;
+    const std::uint64_t b = cargar(t + largo - ancho, ancho) | bit5;
     std::uint64_t x = (a ^ (b * 0x9E3779B97F4A7C15ull) ^ largo) * 0xBF58476D1CE4E5B9ull;
     return x ^ (x >> 31);
 }
