@@ -104,8 +104,10 @@ def escribir(ruta, mb, semilla):
     guid = GeneradorGuid(azar)
     objetivo = int(mb * 1000 * 1000)
     temporal = ruta + ".parcial"
-    cuentas = {"productos": 0, "propiedades": 0, "IFCWALL": 0, "IFCSLAB": 0, "IFCBEAM": 0,
-               "IFCPIPESEGMENT": 0}
+    # "espaciales": the site, the building and the storeys, products too but
+    # without property sets.
+    cuentas = {"productos": 0, "propiedades": 0, "espaciales": 0, "IFCWALL": 0, "IFCSLAB": 0,
+               "IFCBEAM": 0, "IFCPIPESEGMENT": 0}
 
     with open(temporal, "wb") as archivo:
         archivo.write(CABECERA.format(nombre=os.path.basename(ruta)).encode("ascii"))
@@ -161,6 +163,7 @@ def escribir(ruta, mb, semilla):
             lp_plantas.append(lp)
         e("IFCRELAGGREGATES('%s',#%d,$,$,#%d,(%s))"
           % (guid(), oh, edificio, ",".join("#%d" % p for p in plantas)))
+        cuentas["espaciales"] = 2 + len(plantas)
 
         materiales = [e("IFCMATERIAL('%s',$,$)" % m) for m in MATERIALES]
         contenidos = [[] for _ in plantas]

@@ -2,7 +2,7 @@
 """Baseline of the ifc-index benchmark: IfcOpenShell opening an IFC file and
 reading the property sets of every product with
 ifcopenshell.util.element.get_psets, the usual way a Python tool builds the
-same index that teskal::leerPropiedadesIFC builds.
+same index that teskal::leerIndiceIFC builds by Name.
 
 Usage: ifc_index_ifcopenshell.py file.ifc [--repeticiones 1]
 

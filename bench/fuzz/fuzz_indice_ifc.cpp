@@ -1,8 +1,10 @@
 // Feeds arbitrary bytes to the three readers of the IFC text index and to the
 // STEP text helpers they share. Besides the sanitizers, it checks what the
-// readers promise about their results, and compares the tuned text primitives
-// (UTF-8 check, trimming, integers, type names, statement and argument split)
-// with plain versions written here; a broken promise or a difference traps.
+// readers promise about their results (every text in UTF-8 whatever the
+// bytes, the index by Name the same from both readers), and compares the tuned
+// text primitives (UTF-8 check, trimming, integers, type names, statement
+// assembly, entity and argument split) with plain versions written here; a
+// broken promise or a difference traps.
 #include "federation/GlobalIdsIFC.h"
 #include "federation/GrillasIFC.h"
 #include "federation/PropiedadesIFC.h"
@@ -15,6 +17,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,8 +32,18 @@ void comprobar(bool condicion) {
 }
 
 bool esNombreDeProducto(std::string_view nombre) {
-    return std::find(tiposProductoIFC.begin(), tiposProductoIFC.end(), nombre) !=
-           tiposProductoIFC.end();
+    return std::find(nombresProductoIFC.begin(), nombresProductoIFC.end(), nombre) !=
+           nombresProductoIFC.end();
+}
+
+// An entry of the index: a product type, and keys and values in UTF-8.
+void comprobarEntrada(const PropiedadesElemento& props) {
+    const auto tipo = props.find(std::string(claveTipoIFC));
+    comprobar(tipo != props.end() && esNombreDeProducto(tipo->second));
+    for (const auto& [clave, valor] : props) {
+        comprobar(esUTF8Valido(clave) && esUTF8Valido(valor));
+        if (clave != claveTipoIFC) comprobar(clave.find(separadorPropiedad) != std::string::npos);
+    }
 }
 
 // The pieces are views into args, in order, not overlapping, and trimmed.
@@ -45,15 +58,18 @@ void comprobarPiezas(std::string_view args, const std::vector<std::string_view>&
     }
 }
 
-// The helpers on one piece of text. Text that was UTF-8 stays UTF-8: the
-// decoder emits only scalar values and cuts only at ASCII.
-void probarAyudantes(std::string_view s, bool utf8) {
+// The helpers on one piece of text: whatever its bytes, what they decode is
+// UTF-8, and bytes that are not UTF-8 are read as ISO 8859-1.
+void probarAyudantes(std::string_view s) {
     const std::string limpio = limpiarTextoSTEP(s);
     const std::string nominal = leerValorNominal(s);
-    if (utf8) {
-        comprobar(esUTF8Valido(limpio));
-        comprobar(esUTF8Valido(nominal));
-    }
+    comprobar(esUTF8Valido(limpio));
+    comprobar(esUTF8Valido(nominal));
+    const std::string utf8 = comoUTF8(s);
+    comprobar(esUTF8Valido(utf8));
+    if (esUTF8Valido(s)) comprobar(utf8 == s);
+    // Without a backslash or an apostrophe there is nothing to decode.
+    if (s.find_first_of("\\'") == std::string_view::npos) comprobar(decodificarTextoSTEP(s) == utf8);
     const auto referencias = leerListaReferencias(s);
     comprobar(referencias.size() <= static_cast<std::size_t>(std::count(s.begin(), s.end(), '#')));
     // A lone reference reads the same as a list of one.
@@ -133,13 +149,21 @@ std::optional<std::int64_t> enteroSimple(std::string_view s) {
     return v;
 }
 
-TipoIFC tipoSimple(std::string_view escrito) {
-    const std::string mayus = aMayusculas(recortarSimple(escrito));
-    for (int i = 0; i < 64; ++i) { // the codes in use are well below 64
-        const std::string_view nombre = nombreTipoIFC(static_cast<TipoIFC>(i));
-        if (!nombre.empty() && nombre == mayus) return static_cast<TipoIFC>(i);
-    }
-    return TipoIFC::Otro;
+// The class of a type name, from an ordered map of the tables' names built
+// once, one name at a time.
+ClaseIFC tipoSimple(std::string_view escrito) {
+    static const std::map<std::string, ClaseIFC, std::less<>> clases = [] {
+        std::map<std::string, ClaseIFC, std::less<>> m;
+        for (std::size_t i = 0; i < nombresProductoIFC.size(); ++i)
+            m[std::string(nombresProductoIFC[i])] = {TipoIFC::Producto, static_cast<std::uint16_t>(i)};
+        for (const std::string_view t : nombresObjetoTipoIFC) m[std::string(t)].tipo = TipoIFC::ObjetoTipo;
+        for (int i = 0; i < 255; ++i)
+            if (const std::string_view n = nombreTipoIFC(static_cast<TipoIFC>(i)); !n.empty())
+                m[std::string(n)].tipo = static_cast<TipoIFC>(i);
+        return m;
+    }();
+    const auto it = clases.find(aMayusculas(recortarSimple(escrito)));
+    return it == clases.end() ? ClaseIFC{} : it->second;
 }
 
 bool partirSimple(std::string_view sentencia, PartesEntidad& partes) {
@@ -150,11 +174,67 @@ bool partirSimple(std::string_view sentencia, PartesEntidad& partes) {
         return false;
     partes.numero = sentencia.substr(1, igual - 1);
     partes.tipo = sentencia.substr(igual + 1, parentesis - igual - 1);
-    std::string_view args = sentencia.substr(parentesis + 1);
-    if (!args.empty() && args.back() == ';') args.remove_suffix(1);
+    std::string_view args = recortarSimple(sentencia.substr(parentesis + 1));
+    if (!args.empty() && args.back() == ';') args = recortarSimple(args.substr(0, args.size() - 1));
     if (!args.empty() && args.back() == ')') args.remove_suffix(1);
     partes.args = args;
     return true;
+}
+
+// The statements of a text, one byte at a time: separators (blanks, control
+// bytes, comments) between statements, then up to a ";" outside strings and
+// comments; only those that begin with "#", with line ends and the blanks
+// around them and comments removed.
+std::vector<std::string> sentenciasSimples(std::string_view t) {
+    std::vector<std::string> r;
+    std::size_t i = 0;
+    const auto comentario = [&](std::size_t k) { return k + 1 < t.size() && t[k] == '/' && t[k + 1] == '*'; };
+    const auto saltarComentario = [&](std::size_t k) {
+        const std::size_t fin = t.find("*/", k + 2);
+        return fin == std::string_view::npos ? t.size() : fin + 2;
+    };
+    while (i < t.size()) {
+        const auto c = static_cast<unsigned char>(t[i]);
+        if (c <= ' ' || c == 0x7F) {
+            ++i;
+            continue;
+        }
+        if (comentario(i)) {
+            i = saltarComentario(i);
+            continue;
+        }
+        bool blanco = false;
+        for (const std::string_view b : blancos)
+            if (!blanco && t.substr(i).starts_with(b)) i += b.size(), blanco = true;
+        if (blanco) continue;
+        const bool entidad = t[i] == '#';
+        std::string s;
+        bool enTexto = false;
+        while (i < t.size()) {
+            const char d = t[i];
+            if (d == '\n' || d == '\r') {
+                s.resize(recortarSimple(s).size()); // only the end: it begins with "#"
+                ++i;
+                for (bool otra = true; otra && i < t.size();) {
+                    otra = false;
+                    if (t[i] == '\n' || t[i] == '\r') ++i, otra = true;
+                    for (const std::string_view b : blancos)
+                        if (!otra && t.substr(i).starts_with(b)) i += b.size(), otra = true;
+                }
+                continue;
+            }
+            if (!enTexto && comentario(i)) {
+                i = saltarComentario(i);
+                continue;
+            }
+            s.push_back(d);
+            ++i;
+            if (d == '\'') enTexto = !enTexto;
+            if (d == ';' && !enTexto) break;
+        }
+        if (entidad) r.push_back(std::move(s));
+    }
+    return r;
 }
 
 std::vector<std::string_view> separarSimple(std::string_view args) {
@@ -227,27 +307,29 @@ void compararPrimitivas(std::string_view s) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t tamano) {
     const std::string_view texto(reinterpret_cast<const char*>(datos), tamano);
-    const bool utf8 = esUTF8Valido(texto);
     // At several alignments, for the block-wise ASCII skip.
     for (const std::size_t desde : {0, 1, 7, 31})
         if (desde <= texto.size())
             comprobar(esUTF8Valido(texto.substr(desde)) == utf8Simple(texto.substr(desde)));
 
+    // The statement assembly against the plain one.
+    std::vector<std::string> sentencias;
+    recorrerSentenciasSTEP(texto, [&](std::string_view s, bool) { sentencias.emplace_back(s); });
+    comprobar(sentencias == sentenciasSimples(texto));
+
     const PropiedadesModelo propiedades = leerPropiedadesIFCTexto(texto);
-    if (!utf8) comprobar(propiedades.empty());
     for (const auto& [nombre, props] : propiedades) {
-        comprobar(!nombre.empty());
-        const auto tipo = props.find(std::string(claveTipoIFC));
-        comprobar(tipo != props.end() && esNombreDeProducto(tipo->second));
-        for (const auto& [clave, valor] : props) {
-            comprobar(esUTF8Valido(clave) && esUTF8Valido(valor));
-            if (clave != claveTipoIFC)
-                comprobar(clave.find(separadorPropiedad) != std::string::npos);
-        }
+        comprobar(!nombre.empty() && esUTF8Valido(nombre));
+        comprobarEntrada(props);
+    }
+    const IndiceIFC indice = leerIndiceIFCTexto(texto);
+    comprobar(indice.porNombre == propiedades);
+    for (const auto& [gid, props] : indice.porGlobalId) {
+        comprobar(!gid.empty() && esUTF8Valido(gid));
+        comprobarEntrada(props);
     }
 
     const std::vector<EjeGrilla> ejes = leerGrillasIFCTexto(texto);
-    if (!utf8) comprobar(ejes.empty());
     for (const EjeGrilla& e : ejes) {
         comprobar(!e.id.empty() && e.puntos.size() >= 2);
         comprobar(esUTF8Valido(e.tag));
@@ -256,7 +338,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t tam
     }
 
     const GlobalIdsPorNombre ids = leerGlobalIdsTexto(texto);
-    if (!utf8) comprobar(ids.empty());
     for (const auto& [nombre, gid] : ids) {
         comprobar(!nombre.empty() && !gid.empty());
         comprobar(esUTF8Valido(nombre) && esUTF8Valido(gid));
@@ -265,8 +346,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t tam
     // The helpers, on the whole text and on each of its top-level pieces.
     const std::vector<std::string_view> piezas = separarArgumentosSTEP(texto);
     comprobarPiezas(texto, piezas);
-    probarAyudantes(texto, utf8);
-    for (const std::string_view p : piezas) probarAyudantes(p, utf8);
+    probarAyudantes(texto);
+    for (const std::string_view p : piezas) probarAyudantes(p);
 
     compararPrimitivas(texto);
     for (const std::string_view p : piezas) compararPrimitivas(p);

@@ -190,11 +190,17 @@ ResultadoConversion convertirIFC(const TrabajoConversion& t) {
     // A file too large for memory yields less, as any unreadable file does.
     ModeloConvertido convertido;
     try {
-        if (t.leerPropiedades) convertido.propiedades = leerPropiedadesIFC(copia);
+        if (t.leerPropiedades) {
+            // One scan gives both the entries by Name and each element's own.
+            IndiceIFC indice = leerIndiceIFC(copia);
+            convertido.propiedades = std::move(indice.porNombre);
+            convertido.propiedadesPorGlobalId = std::move(indice.porGlobalId);
+        }
         if (t.leerGrillas) convertido.grillas = leerGrillasIFC(copia);
         if (t.leerGlobalIds) convertido.globalIds = leerGlobalIds(copia);
     } catch (const std::bad_alloc&) {
         convertido.propiedades.clear();
+        convertido.propiedadesPorGlobalId.clear();
         convertido.grillas.clear();
         convertido.globalIds.clear();
     }

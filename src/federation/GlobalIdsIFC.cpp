@@ -10,14 +10,13 @@ namespace teskal {
 
 GlobalIdsPorNombre leerGlobalIdsTexto(std::string_view texto) {
     GlobalIdsPorNombre resultado;
-    if (!esUTF8Valido(texto)) return resultado;
     PartesEntidad partes;
     std::vector<std::string_view> args;
     // Statement by statement, without a table: the instance number is not
     // read at all, so a statement with a bad number still counts.
     recorrerSentenciasSTEP(texto, [&](std::string_view sentencia, bool) {
         if (!partirEntidadSTEP(sentencia, partes)) return;
-        if (!esProducto(clasificarTipoIFC(partes.tipo))) return;
+        if (!clasificarTipoIFC(partes.tipo).esProducto()) return;
         separarArgumentosSTEP(partes.args, args, 3);
         if (args.size() < 3) return;
         std::string gid = limpiarTextoSTEP(args[0]);

@@ -7,8 +7,8 @@
 namespace teskal {
 
 // Element Name to GlobalId, for every product of the file; the last statement
-// in file order wins for a repeated Name. Never fails: an unreadable or
-// non-UTF-8 file gives an empty map.
+// in file order wins for a repeated Name. Never fails: an unreadable file
+// gives an empty map.
 using GlobalIdsPorNombre = std::unordered_map<std::string, std::string>;
 
 GlobalIdsPorNombre leerGlobalIds(const std::string& ruta);

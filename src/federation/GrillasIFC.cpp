@@ -282,7 +282,6 @@ private:
 
 std::vector<EjeGrilla> leerGrillasIFCTexto(std::string_view texto) {
     std::vector<EjeGrilla> ejes;
-    if (!esUTF8Valido(texto)) return ejes;
     const TablaEntidadesIFC tabla(texto, tipoDeGrillas);
     const auto& entidades = tabla.entidades();
     const LectorUbicacion ubicacion(tabla);

@@ -6,6 +6,7 @@
 #include <deque>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <vector>
 
@@ -17,6 +18,9 @@ struct EntidadIFC {
     std::int64_t id = 0;
     std::string_view args;
     TipoIFC tipo = TipoIFC::Otro;
+    std::uint16_t producto = sinProductoIFC; // the product's name, for every product
+
+    bool esProducto() const { return producto != sinProductoIFC; }
 };
 
 // Hash of the instance numbers in the sparse map. The numbers come from the
@@ -28,7 +32,8 @@ struct HashNumeroIFC {
 };
 
 // The table of one scan: instance number to entity, private to one reader
-// call. Only entities of the types a reader asks for are kept, but every
+// call. Only entities of the types a reader asks for are kept (conservar is
+// asked with the ClaseIFC of the type, or with its TipoIFC alone), but every
 // numbered statement claims its number, so a statement that repeats a number
 // replaces the earlier one whether or not it is kept. Argument texts point
 // into the scanned text, or into the table for statements that spanned lines.
@@ -78,8 +83,13 @@ TablaEntidadesIFC::TablaEntidadesIFC(std::string_view texto, Conservar conservar
         if (!partirEntidadSTEP(sentencia, partes)) return;
         const auto id = leerEntero(recortar(partes.numero));
         if (!id) return;
-        const TipoIFC tipo = clasificarTipoIFC(partes.tipo);
-        if (tipo == TipoIFC::Otro || !conservar(tipo)) {
+        const ClaseIFC clase = clasificarTipoIFC(partes.tipo);
+        bool conservada;
+        if constexpr (std::is_invocable_v<Conservar&, const ClaseIFC&>)
+            conservada = conservar(clase);
+        else
+            conservada = clase.tipo != TipoIFC::Otro && conservar(clase.tipo);
+        if (!conservada) {
             registrar(*id, -1);
             return;
         }
@@ -92,7 +102,7 @@ TablaEntidadesIFC::TablaEntidadesIFC(std::string_view texto, Conservar conservar
             args = std::string_view(unidas_.back()).substr(desde, args.size());
         }
         registrar(*id, static_cast<std::int32_t>(entidades_.size()));
-        entidades_.push_back({*id, args, tipo});
+        entidades_.push_back({*id, args, clase.tipo, clase.producto});
     });
 }
 

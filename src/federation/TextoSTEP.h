@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,11 +25,20 @@ void separarArgumentosSTEP(std::string_view args, std::vector<std::string_view>&
                            std::size_t maximo);
 
 // A STEP string or value as text: "$" and "*" are empty, the surrounding
-// apostrophes go, \X2\ and \X\ escapes are decoded. Doubled apostrophes stay.
+// apostrophes go, and the rest is decoded as decodificarTextoSTEP does.
 std::string limpiarTextoSTEP(std::string_view s);
 
-// Decodes the \X2\...\X0\ and \X\hh escapes; every other backslash is kept.
+// The text of a STEP string, in UTF-8: doubled apostrophes are undoubled,
+// "\\" gives one backslash, and the escapes \S\c (c plus 128 in the code
+// page in force), \PA\ to \PI\ (ISO 8859-1 to 8859-9, 8859-1 until one
+// says otherwise), \X\hh, \X2\...\X0\ (surrogate pairs combined) and
+// \X4\...\X0\ are decoded. Bytes that are not valid UTF-8 are read as
+// ISO 8859-1. A malformed escape keeps its backslash as a plain character.
 std::string decodificarTextoSTEP(std::string_view s);
+
+// The bytes as UTF-8: as they are when they are valid UTF-8, read as ISO
+// 8859-1 otherwise.
+std::string comoUTF8(std::string_view s);
 
 // A property's nominal value as text: enumerations lose their dots, typed
 // values such as IFCLABEL('x') give what is inside; numbers stay as written.
@@ -48,58 +56,59 @@ std::optional<std::int64_t> leerReferencia(std::string_view s);
 struct PartesEntidad {
     std::string_view numero; // between "#" and "=", untrimmed
     std::string_view tipo;   // between "=" and "(", untrimmed, as written
-    std::string_view args;   // after "(", less a final ";" and then a final ")"
+    std::string_view args;   // after "(", trimmed, less a final ";" and then a final ")"
 };
 
 // Cuts a statement that begins with "#" into its parts; false when it has no
-// "=" or no "(" after the "=".
+// "=" or no "(" after the "=". Blanks before the final ";" and ")" do not
+// keep them from going.
 bool partirEntidadSTEP(std::string_view sentencia, PartesEntidad& partes);
 
-// Walks the statements of the text. Lines are split at "\n" and trimmed of
-// blanks and tabs; a line that begins with "#" starts a new statement, any
-// other line is appended to the current one with nothing between. Only
-// statements that begin with "#" reach the visitor, as visitar(view, estable):
-// estable is true when the view points into the text itself, false when it
-// points into a buffer that the next statement overwrites.
+// Finds the entity statements of a STEP text by its syntax: a statement
+// begins at a statement boundary (the start of the text or a ";" outside a
+// string, then blanks, line ends and comments) and ends at the next ";"
+// outside a string, whatever the lines: any number to a line, with LF, CRLF
+// or CR alone. A statement broken over lines, even inside a string, is
+// rejoined with its line ends and the blanks around them removed; comments
+// outside strings are removed too. Header statements and the section
+// keywords do not begin with "#" and are passed over.
+class LectorSentenciasSTEP {
+public:
+    explicit LectorSentenciasSTEP(std::string_view texto);
+
+    // The next statement that begins with "#", with its ";" (a last one cut
+    // short by the end of the text has none). estable is true when the view
+    // points into the text itself, false when it points into a buffer that
+    // the next call overwrites.
+    bool siguiente(std::string_view& sentencia, bool& estable);
+
+private:
+    // Reads the 64 bytes at base, whose first byte is inside a string or not.
+    void cargarBloque(const char* base, bool enTexto);
+    // The ";" that ends the statement beginning at inicio, from the blocks;
+    // false when the statement must be read byte by byte (line ends or a
+    // comment in it, or the end of the text near).
+    bool buscarEnBloques(const char* inicio, bool comentario, const char*& final);
+
+    const char* p_;
+    const char* fin_;
+    bool avx2_; // the processor reads 32 bytes at a time
+    // The block of 64 bytes last read: the ";" outside strings in it, its
+    // line ends and "/" outside strings, and whether it ends inside a string.
+    const char* base_ = nullptr;
+    std::uint64_t finales_ = 0;
+    std::uint64_t raros_ = 0;
+    bool enTextoAlFinal_ = false;
+    std::string unida_; // the last statement that had to be rejoined
+};
+
+// Calls visitar(sentencia, estable) for every statement that
+// LectorSentenciasSTEP finds, in file order.
 template <class F> void recorrerSentenciasSTEP(std::string_view texto, F&& visitar) {
-    std::string unida;            // a statement that spans several lines
-    std::string_view actual;      // the current statement, if it is on one line
-    bool actualEsUnida = false;
-    bool actualEsEntidad = false; // begins with "#"
-
-    auto entregar = [&] {
-        if (!actualEsEntidad) return;
-        if (actualEsUnida)
-            visitar(std::string_view(unida), false);
-        else
-            visitar(actual, true);
-    };
-
-    if (texto.empty()) return;
-    const char* p = texto.data();
-    const char* const fin = p + texto.size();
-    while (p <= fin) {
-        const char* nl = static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(fin - p)));
-        // A carriage return before the line end belongs to the line end (CRLF files).
-        const char* finLinea = nl ? nl : fin;
-        if (finLinea > p && finLinea[-1] == '\r') --finLinea;
-        const std::string_view linea = recortar(std::string_view(p, static_cast<std::size_t>(finLinea - p)));
-        if (!linea.empty() && linea.front() == '#') {
-            entregar();
-            actual = linea;
-            actualEsUnida = false;
-            actualEsEntidad = true;
-        } else if (!linea.empty() && actualEsEntidad) {
-            if (!actualEsUnida) {
-                unida.assign(actual);
-                actualEsUnida = true;
-            }
-            unida.append(linea);
-        }
-        if (!nl) break;
-        p = nl + 1;
-    }
-    entregar();
+    LectorSentenciasSTEP lector(texto);
+    std::string_view sentencia;
+    bool estable = true;
+    while (lector.siguiente(sentencia, estable)) visitar(sentencia, estable);
 }
 
 } // namespace teskal

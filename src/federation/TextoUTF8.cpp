@@ -93,6 +93,8 @@ std::size_t blancoAlFinal(std::string_view s) {
 
 } // namespace
 
+std::size_t largoBlanco(std::string_view s) { return blancoAlInicio(s); }
+
 std::string_view recortarBlancos(std::string_view s) {
     while (std::size_t k = blancoAlInicio(s)) s.remove_prefix(k);
     while (std::size_t k = blancoAlFinal(s)) s.remove_suffix(k);

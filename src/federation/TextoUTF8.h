@@ -14,6 +14,10 @@ namespace teskal {
 // nothing past U+10FFFF).
 bool esUTF8Valido(std::string_view texto);
 
+// Length in bytes of the blank (tab or Unicode space separator, as below)
+// that starts s, or 0.
+std::size_t largoBlanco(std::string_view s);
+
 // Removes, at both ends, tabs and the Unicode space separators (U+0020,
 // U+00A0, U+1680, U+2000 to U+200A, U+202F, U+205F, U+3000). Line ends and
 // carriage returns stay.

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <array>
+#include "federation/NombresTiposIFC.h"
+
 #include <cstdint>
 #include <string_view>
 
@@ -8,20 +9,23 @@
 // the type name of a statement.
 namespace teskal {
 
-// The 26 product types: only elements of these types get an entry in the
-// property index and in the GlobalId map.
-inline constexpr std::array<std::string_view, 26> tiposProductoIFC = {
-    "IFCWALL",           "IFCWALLSTANDARDCASE",  "IFCSLAB",          "IFCBEAM",
-    "IFCCOLUMN",         "IFCDOOR",              "IFCWINDOW",        "IFCSTAIR",
-    "IFCSTAIRFLIGHT",    "IFCROOF",              "IFCSPACE",         "IFCFURNISHINGELEMENT",
-    "IFCMEMBER",         "IFCPLATE",             "IFCFLOWSEGMENT",   "IFCFLOWTERMINAL",
-    "IFCFLOWFITTING",    "IFCPIPESEGMENT",       "IFCPIPEFITTING",   "IFCDUCTSEGMENT",
-    "IFCDUCTFITTING",    "IFCBUILDINGELEMENTPROXY", "IFCCOVERING",   "IFCFOOTING",
-    "IFCPILE",           "IFCRAILING"};
-
-// Codes 0 to 25 are the product types, in the order above; the rest follow.
+// The entity types that a reader handles by their role. Products and type
+// objects are recognised from the generated tables of every schema
+// (NombresTiposIFC.h); a product keeps its own name as a code beside its role
+// (see ClaseIFC), since IFCGRID is both a product and a grid.
 enum class TipoIFC : std::uint8_t {
-    RelDefinesByProperties = 26,
+    Producto,   // any product without a role of its own below
+    ObjetoTipo, // any type object (IFCWALLTYPE, IFCDOORSTYLE, ...)
+    RelDefinesByType,
+    ElementQuantity,
+    QuantityLength,
+    QuantityArea,
+    QuantityVolume,
+    QuantityCount,
+    QuantityWeight,
+    QuantityTime,
+    QuantityNumber,
+    RelDefinesByProperties,
     PropertySet,
     PropertySingleValue,
     CartesianPoint,
@@ -42,13 +46,31 @@ enum class TipoIFC : std::uint8_t {
     Otro = 255,
 };
 
-inline bool esProducto(TipoIFC t) { return static_cast<std::uint8_t>(t) < tiposProductoIFC.size(); }
+// No product: the code of every entity that is not one.
+inline constexpr std::uint16_t sinProductoIFC = 0xFFFF;
 
-// The upper-case name of a recognised type ("IFCWALL", "IFCPROPERTYSET", ...).
+// What a type name is: its role, and for a product the index of its name in
+// nombresProductoIFC.
+struct ClaseIFC {
+    TipoIFC tipo = TipoIFC::Otro;
+    std::uint16_t producto = sinProductoIFC;
+
+    bool esProducto() const { return producto != sinProductoIFC; }
+    friend bool operator==(const ClaseIFC&, const ClaseIFC&) = default;
+};
+
+inline bool esCantidad(TipoIFC t) {
+    return t >= TipoIFC::QuantityLength && t <= TipoIFC::QuantityNumber;
+}
+
+// The upper-case name of a type with a role of its own ("IFCPROPERTYSET",
+// "IFCGRID", ...); empty for Producto, ObjetoTipo and Otro.
 std::string_view nombreTipoIFC(TipoIFC t);
+// The upper-case name of a product code ("IFCWALL"); empty for sinProductoIFC.
+std::string_view nombreProductoIFC(std::uint16_t producto);
 
-// Trims and upper-cases the type name as written in a statement and tells
-// which recognised type it is, or Otro.
-TipoIFC clasificarTipoIFC(std::string_view tipoEscrito);
+// Trims the type name as written in a statement and tells what it is, in any
+// case: Otro (and no product) for a type that no reader handles.
+ClaseIFC clasificarTipoIFC(std::string_view tipoEscrito);
 
 } // namespace teskal

@@ -2,6 +2,7 @@
 #include "federation/GlobalIdsIFC.h"
 #include "utilidades_prueba.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 using namespace teskal;
@@ -27,8 +28,11 @@ constexpr std::string_view modelo = R"IFC(
 } // namespace
 
 TEST(GlobalIdsIFC, MapsTheNameOfEveryProductToItsGlobalId) {
+    // The opening and the storey are products; the wall type is not.
     EXPECT_EQ(leer(modelo), (GlobalIdsPorNombre{{"Muro exterior", "2O2Fr$t4X7Zf8NOew3FLOH"},
                                                 {"Losa", "1kTvXnbbzCWw8lcMd1dR4o"},
+                                                {"Hueco", "0Xq4lm9Uz5e8OjY7cW1v$p"},
+                                                {"Nivel 1", "3Y0JqrGQf0ZuLJ5Y_8K9lJ"},
                                                 {"Baranda", "2Ws7T1dKb6Ju$9Qw8gqJdR"}}));
 }
 
@@ -60,7 +64,8 @@ TEST(GlobalIdsIFC, TheInstanceNumberIsNotReadNorDeduplicated) {
                                      {"SinNumero", "0bbbbbbbbbbbbbbbbbbbbb"},
                                      {"Primero", "0ccccccccccccccccccccc"},
                                      {"Segundo", "0ddddddddddddddddddddd"},
-                                     {"Tapado", "0eeeeeeeeeeeeeeeeeeeee"}}));
+                                     {"Tapado", "0eeeeeeeeeeeeeeeeeeeee"},
+                                     {"Hueco", "0fffffffffffffffffffff"}}));
 }
 
 TEST(GlobalIdsIFC, AnEmptyGlobalIdOrNameSkipsTheStatement) {
@@ -81,27 +86,38 @@ TEST(GlobalIdsIFC, StatementsAreAssembledTrimmedAndDecoded) {
         "ENDSEC;\nDATA;\n"
         "  #12 = ifcWall ( '2O2Fr$t4X7Zf8NOew3FLOH',#5,'Muro \\X2\\00D1\\X0\\',$,$,$,$,$);\n"
         "\t#13=IFCSLAB('1kTvXnbbzCWw8lc\n  Md1dR4o',#5,\n'Losa \n  alta',$,$,$,$,$,.FLOOR.);\n"
-        "#14=IFCDOOR('0Xq4lm9Uz5e8OjY7cW1v$p',#5,'O''Brien',$,$,$,$,$,2.1,0.9);\n"
+        "#14=IFCDOOR('0Xq4lm9Uz5e8OjY7cW1v$p',#5,'O''Brien',$,$,$,$,$,2.1,0.9);"
+        "#15=IFCREINFORCINGBAR('1Xq4lm9Uz5e8OjY7cW1v$p',#5,'Barra \\S\\X8 12 \xE9',$,$,$,$,$);\n"
         "ENDSEC;\nEND-ISO-10303-21;\n";
     const GlobalIdsPorNombre esperado = {{"Muro \xC3\x91", "2O2Fr$t4X7Zf8NOew3FLOH"},
                                          {"Losaalta", "1kTvXnbbzCWw8lcMd1dR4o"},
-                                         {"O''Brien", "0Xq4lm9Uz5e8OjY7cW1v$p"}};
+                                         {"O'Brien", "0Xq4lm9Uz5e8OjY7cW1v$p"},
+                                         {"Barra \xC3\x98" "8 12 \xC3\xA9", "1Xq4lm9Uz5e8OjY7cW1v$p"}};
     EXPECT_EQ(leerGlobalIdsTexto(texto), esperado);
 
-    // The same file with CRLF line ends reads the same.
+    // The same file with CRLF line ends, with CR alone, or with its
+    // statements on one line reads the same.
+    std::string cr = texto, unaLinea = texto;
+    std::replace(cr.begin(), cr.end(), '\n', '\r');
+    for (std::size_t i = unaLinea.find(";\n"); i != std::string::npos; i = unaLinea.find(";\n", i))
+        unaLinea.erase(i + 1, 1);
     EXPECT_EQ(leerGlobalIdsTexto(pruebas::aCRLF(texto)), esperado);
+    EXPECT_EQ(leerGlobalIdsTexto(cr), esperado);
+    EXPECT_EQ(leerGlobalIdsTexto(unaLinea), esperado);
 }
 
-TEST(GlobalIdsIFC, ReadsAFileAndGivesNothingForUnreadableOnes) {
+TEST(GlobalIdsIFC, ReadsAFileWhateverItsBytesAndGivesNothingForUnreadableOnes) {
     pruebas::DirectorioTemporal dir;
     const auto r = leerGlobalIds(dir.escribir("base.ifc", archivoIFC(modelo)));
-    EXPECT_EQ(r.size(), 3u);
+    EXPECT_EQ(r.size(), 5u);
     EXPECT_EQ(r.at("Losa"), "1kTvXnbbzCWw8lcMd1dR4o");
 
+    // A Latin-1 byte in one name decodes that name and leaves the rest read.
     std::string latin1 = archivoIFC(modelo);
     latin1.insert(latin1.find("'Hueco'") + 6, "\xF1");
-    EXPECT_TRUE(leerGlobalIds(dir.escribir("latin1.ifc", latin1)).empty());
-    EXPECT_TRUE(leerGlobalIdsTexto(latin1).empty());
+    const auto conLatin1 = leerGlobalIds(dir.escribir("latin1.ifc", latin1));
+    EXPECT_EQ(conLatin1.size(), 5u);
+    EXPECT_EQ(conLatin1.at("Hueco\xC3\xB1"), "0Xq4lm9Uz5e8OjY7cW1v$p");
 
     EXPECT_TRUE(leerGlobalIds(dir.escribir("vacio.ifc", "")).empty());
     EXPECT_TRUE(leerGlobalIds(dir.inexistente()).empty());

@@ -1,6 +1,8 @@
 // Every sample IFC file through the real converter and the text index: the
-// element nodes of the OBJ, the property index and the GlobalId map must agree
-// with each other and with what IfcOpenShell reads from the same file.
+// element nodes of the OBJ, the property index by Name and by GlobalId and the
+// GlobalId map must agree with each other and with what IfcOpenShell reads
+// from the same file; the same file on one line or with CR line ends reads the
+// same.
 #include "federation/CargaOBJ.h"
 #include "federation/GlobalIdsIFC.h"
 #include "federation/GrillasIFC.h"
@@ -22,48 +24,62 @@ using namespace teskal;
 namespace {
 
 struct ElementoOraculo {
+    std::string nombre;
     std::string tipo;
     std::string gid;
-    std::map<std::string, std::optional<std::string>> propiedades;
+    std::map<std::string, std::optional<std::string>> propiedades; // none: not compared
 };
 
-// The index keeps a STEP string's doubled apostrophes as written, where
-// IfcOpenShell and the converter write one.
-std::string comoEnElIndice(std::string s) {
-    for (std::size_t i = s.find('\''); i != std::string::npos; i = s.find('\'', i + 2)) s.insert(i, 1, '\'');
-    return s;
-}
-
-// Element name to what IfcOpenShell says of it; names that repeat are dropped,
-// since the index keeps one entry for all of them.
-std::map<std::string, ElementoOraculo> leerOraculo(const QString& ifc) {
+// Every product, as IfcOpenShell reads it.
+std::vector<ElementoOraculo> leerOraculo(const QString& ifc) {
     QProcess p;
     p.start(QStringLiteral(TESKAL_PYTHON),
             {QStringLiteral(TESKAL_TESTS_DIR "/federation/oraculo_ifc.py"), ifc});
     EXPECT_TRUE(p.waitForFinished(300000));
     EXPECT_EQ(p.exitCode(), 0) << p.readAllStandardError().toStdString();
     const QJsonArray lista = QJsonDocument::fromJson(p.readAllStandardOutput()).array();
-    std::map<std::string, ElementoOraculo> unicos;
-    std::set<std::string> repetidos;
+    std::vector<ElementoOraculo> elementos;
     for (const auto& v : lista) {
         const QJsonObject o = v.toObject();
-        const std::string nombre = comoEnElIndice(o["nombre"].toString().toStdString());
-        if (unicos.contains(nombre) || repetidos.contains(nombre)) {
-            unicos.erase(nombre);
-            repetidos.insert(nombre);
-            continue;
-        }
-        ElementoOraculo e{o["tipo"].toString().toStdString(),
-                          comoEnElIndice(o["gid"].toString().toStdString()), {}};
+        ElementoOraculo e{o["nombre"].toString().toStdString(), o["tipo"].toString().toStdString(),
+                          o["gid"].toString().toStdString(), {}};
         const QJsonObject props = o["propiedades"].toObject();
         for (auto it = props.begin(); it != props.end(); ++it)
-            e.propiedades[comoEnElIndice(it.key().toStdString())] =
-                it.value().isNull() ? std::nullopt
-                                    : std::optional(comoEnElIndice(it.value().toString().toStdString()));
-        unicos.emplace(nombre, std::move(e));
+            e.propiedades[it.key().toStdString()] =
+                it.value().isNull() ? std::nullopt : std::optional(it.value().toString().toStdString());
+        elementos.push_back(std::move(e));
     }
-    return unicos;
+    return elementos;
 }
+
+// An entry of the index against what IfcOpenShell says of the element.
+void compararEntrada(const PropiedadesElemento& p, const ElementoOraculo& esperado) {
+    EXPECT_EQ(p.at(std::string(claveTipoIFC)), esperado.tipo);
+    EXPECT_EQ(p.size(), esperado.propiedades.size() + 1);
+    for (const auto& [clave, valor] : esperado.propiedades) {
+        const auto pv = p.find(clave);
+        ASSERT_NE(pv, p.end()) << clave;
+        if (valor) {
+            EXPECT_EQ(pv->second, *valor) << clave;
+        }
+    }
+}
+
+std::string leerArchivo(const QString& ruta) {
+    QFile f(ruta);
+    if (!f.open(QIODevice::ReadOnly)) return {};
+    return f.readAll().toStdString();
+}
+
+std::string nombreDePrueba(const testing::TestParamInfo<const char*>& info) {
+    std::string n = info.param;
+    for (char& c : n)
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+    return n;
+}
+
+constexpr const char* muestras[] = {"duplex.ifc", "AC20-FZK-Haus.ifc", "IfcOpenHouse_IFC4.ifc",
+                                    "example.ifc"};
 
 class MuestraIFC : public testing::TestWithParam<const char*> {};
 
@@ -84,10 +100,21 @@ TEST_P(MuestraIFC, conversionYLectoresCoinciden) {
     auto modelo = cargarOBJ(obj.toStdString());
     ASSERT_TRUE(modelo);
     normalizarMateriales(*modelo);
-    const PropiedadesModelo props = leerPropiedadesIFC(ifc.toStdString());
+    const IndiceIFC indice = leerIndiceIFC(ifc.toStdString());
+    const PropiedadesModelo& props = indice.porNombre;
+    EXPECT_EQ(leerPropiedadesIFC(ifc.toStdString()), props);
     const GlobalIdsPorNombre gids = leerGlobalIds(ifc.toStdString());
-    const auto oraculo = leerOraculo(ifc);
-    ASSERT_FALSE(oraculo.empty());
+    const auto elementos = leerOraculo(ifc);
+    ASSERT_FALSE(elementos.empty());
+    // By Name, the names that one element alone bears: the index keeps one
+    // entry for all the elements of a name.
+    std::map<std::string, const ElementoOraculo*> oraculo;
+    std::set<std::string> repetidos;
+    for (const ElementoOraculo& e : elementos) {
+        if (e.nombre.empty()) continue;
+        if (!oraculo.emplace(e.nombre, &e).second) repetidos.insert(e.nombre);
+    }
+    for (const std::string& n : repetidos) oraculo.erase(n);
 
     // Element nodes: named, with triangles inside their vertex list, one material.
     // The converter names an element without a Name "g " and the reader calls
@@ -104,7 +131,7 @@ TEST_P(MuestraIFC, conversionYLectoresCoinciden) {
         ASSERT_EQ(indices.size(), g->vertices.size());
         ASSERT_NE(g->firstMaterial(), nullptr);
         EXPECT_FALSE(g->firstMaterial()->diffuseVacio());
-        const std::string nombre = comoEnElIndice(*nodo->name());
+        const std::string nombre = *nodo->name();
         if (nombre != "default") ++nodosConNombre;
         if (props.contains(nombre)) ++nodosConPropiedades;
         // A node whose name IfcOpenShell knows as an indexed product has an entry.
@@ -119,30 +146,49 @@ TEST_P(MuestraIFC, conversionYLectoresCoinciden) {
         SCOPED_TRACE(nombre);
         const auto it = props.find(nombre);
         ASSERT_NE(it, props.end());
-        const PropiedadesElemento& p = it->second;
-        EXPECT_EQ(p.at(std::string(claveTipoIFC)), esperado.tipo);
+        compararEntrada(it->second, *esperado);
         ASSERT_TRUE(gids.contains(nombre));
-        EXPECT_EQ(gids.at(nombre), esperado.gid);
-        EXPECT_EQ(p.size(), esperado.propiedades.size() + 1);
-        for (const auto& [clave, valor] : esperado.propiedades) {
-            const auto pv = p.find(clave);
-            ASSERT_NE(pv, p.end()) << clave;
-            if (valor) {
-                EXPECT_EQ(pv->second, *valor) << clave;
-            }
-        }
+        EXPECT_EQ(gids.at(nombre), esperado->gid);
+    }
+    // By GlobalId, every element with its own entry, same-named ones too.
+    EXPECT_EQ(indice.porGlobalId.size(), elementos.size());
+    for (const ElementoOraculo& e : elementos) {
+        SCOPED_TRACE(e.gid);
+        const auto it = indice.porGlobalId.find(e.gid);
+        ASSERT_NE(it, indice.porGlobalId.end());
+        compararEntrada(it->second, e);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Muestras, MuestraIFC,
-                         testing::Values("duplex.ifc", "AC20-FZK-Haus.ifc", "IfcOpenHouse_IFC4.ifc",
-                                         "example.ifc"),
-                         [](const auto& info) {
-                             std::string n = info.param;
-                             for (char& c : n)
-                                 if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
-                             return n;
-                         });
+INSTANTIATE_TEST_SUITE_P(Muestras, MuestraIFC, testing::ValuesIn(muestras), nombreDePrueba);
+
+// The sample written on one line, and with CR alone as line end, gives the
+// same index as the file itself.
+class VarianteMuestraIFC : public testing::TestWithParam<const char*> {};
+
+TEST_P(VarianteMuestraIFC, unaLineaYSoloCRDanElMismoIndice) {
+    const QString ifc = QStringLiteral(TESKAL_SAMPLES_DIR "/") + QString::fromUtf8(GetParam());
+    if (!QFileInfo::exists(ifc)) GTEST_SKIP() << "no está la muestra " << ifc.toStdString();
+    const std::string texto = leerArchivo(ifc);
+    std::string unaLinea, soloCR;
+    for (std::size_t i = 0; i < texto.size(); ++i) {
+        const char c = texto[i];
+        if (c != '\r' && c != '\n') unaLinea.push_back(c);
+        if (c == '\r' && i + 1 < texto.size() && texto[i + 1] == '\n') continue;
+        soloCR.push_back(c == '\n' ? '\r' : c);
+    }
+    ASSERT_EQ(unaLinea.find('\n'), std::string::npos);
+    ASSERT_EQ(soloCR.find('\n'), std::string::npos);
+    const IndiceIFC original = leerIndiceIFCTexto(texto);
+    ASSERT_GT(original.porGlobalId.size(), 10u);
+    for (const std::string* variante : {&unaLinea, &soloCR}) {
+        const IndiceIFC leido = leerIndiceIFCTexto(*variante);
+        EXPECT_EQ(leido.porNombre, original.porNombre);
+        EXPECT_EQ(leido.porGlobalId, original.porGlobalId);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Muestras, VarianteMuestraIFC, testing::ValuesIn(muestras), nombreDePrueba);
 
 // A file that is not IFC makes the converter exit non-zero with a reason, and
 // the readers give nothing for it without failing.

@@ -1,8 +1,11 @@
 // The property index of an IFC file: statement assembly, the entity table,
 // the product and relation passes, the file reader and the merge rule.
 #include "federation/PropiedadesIFC.h"
+#include "federation/TiposIFC.h"
 #include "utilidades_prueba.h"
 
+#include <algorithm>
+#include <cctype>
 #include <gtest/gtest.h>
 
 using namespace teskal;
@@ -62,19 +65,20 @@ Rating',$,IFCLABEL('EI
 ,#50);
 #61=IFCRELDEFINESBYPROPERTIES('4vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#51);
 )IFC");
-    // A continuation line that begins with "#" starts a statement of its own,
-    // which cuts Pset_Cortado's list after #41.
+    // A continuation line that begins with "#" is still part of the
+    // statement: Pset_Cortado keeps #42.
     ASSERT_EQ(r.size(), 1u);
     EXPECT_EQ(r.at("Muroexterior"),
               (PropiedadesElemento{{"__tipoIFC", "IFCWALL"},
                                    {clave("Pset_WallCommon", "FireRating"), "EI60"},
                                    {clave("Pset_WallCommon", "Acoustic"), "45"},
-                                   {clave("Pset_Cortado", "Acoustic"), "45"}}));
+                                   {clave("Pset_Cortado", "Acoustic"), "45"},
+                                   {clave("Pset_Cortado", "Cortada"), "x"}}));
 }
 
-TEST(PropiedadesIFC, HeaderIsIgnoredAndTheTailOnlySpoilsTheLastArgument) {
-    // Lines may be indented with tabs or Unicode blanks; the last data
-    // statement carries "ENDSEC;" and "END-ISO-10303-21;" in its arguments.
+TEST(PropiedadesIFC, HeaderAndTailAreIgnored) {
+    // Lines may be indented with tabs or Unicode blanks; "ENDSEC;" after the
+    // last data statement is a statement of its own.
     const std::string texto =
         "ISO-10303-21;\nHEADER;\nFILE_NAME('#9=IFCWALL(''h'',$,''Cabecera'')');\n"
         "ENDSEC;\nDATA;\n"
@@ -139,7 +143,11 @@ TEST(PropiedadesIFC, ALaterStatementWithTheSameNumberReplacesTheEarlier) {
 #60=IFCRELDEFINESBYPROPERTIES('3vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12,#900000000001),#50);
 #61=IFCRELDEFINESBYPROPERTIES('1vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#51);
 )IFC");
-    ASSERT_EQ(r.size(), 2u);
+    // The opening and the storey are products too; the quantity set that
+    // replaced Pset_Perdido lists no quantity.
+    ASSERT_EQ(r.size(), 4u);
+    EXPECT_EQ(r.at("Hueco").at("__tipoIFC"), "IFCOPENINGELEMENT");
+    EXPECT_EQ(r.at("Nivel 1").at("__tipoIFC"), "IFCBUILDINGSTOREY");
     EXPECT_EQ(r.at("Segundo"), (PropiedadesElemento{{"__tipoIFC", "IFCWALL"},
                                                     {clave("Pset_Comun", "IsExternal"), ".T."}}));
     EXPECT_EQ(r.at("Losa lejana"),
@@ -176,64 +184,177 @@ TEST(PropiedadesIFC, ANullOrEmptyNameLeavesTheElementOut) {
     EXPECT_EQ(r.at("Muro \xC3\x91"), (PropiedadesElemento{{"__tipoIFC", "IFCWALL"}}));
 }
 
-TEST(PropiedadesIFC, OnlyTheTwentySixProductTypesGetAnEntry) {
-    const char* productos[] = {"IFCWALL",        "IFCWALLSTANDARDCASE",
-                               "IFCSLAB",        "IFCBEAM",
-                               "IFCCOLUMN",      "IFCDOOR",
-                               "IFCWINDOW",      "IFCSTAIR",
-                               "IFCSTAIRFLIGHT", "IFCROOF",
-                               "IFCSPACE",       "IFCFURNISHINGELEMENT",
-                               "IFCMEMBER",      "IFCPLATE",
-                               "IFCFLOWSEGMENT", "IFCFLOWTERMINAL",
-                               "IFCFLOWFITTING", "IFCPIPESEGMENT",
-                               "IFCPIPEFITTING", "IFCDUCTSEGMENT",
-                               "IFCDUCTFITTING", "IFCBUILDINGELEMENTPROXY",
-                               "IFCCOVERING",    "IFCFOOTING",
-                               "IFCPILE",        "IFCRAILING"};
-    const char* otros[] = {"IFCRAMP",
-                           "IFCOPENINGELEMENT",
-                           "IFCWALLTYPE",
-                           "IFCWALLELEMENTEDCASE",
-                           "IFCSLABTYPE",
-                           "IFCBUILDINGSTOREY",
-                           "IFCPROPERTYSET",
-                           "IFCCURTAINWALL",
-                           "IFCSITE",
-                           "IFCPROJECT",
-                           "IFCWAL",
-                           "IFCFLOWCONTROLLER",
-                           "IFCBUILDINGELEMENT",
-                           "XIFCWALL",
-                           "IFCWALLX"};
+TEST(PropiedadesIFC, EveryProductTypeOfTheThreeSchemasGetsAnEntry) {
+    // Types the reader must know, and types it must not take for products.
+    for (const char* t : {"IFCREINFORCINGBAR", "IFCDISCRETEACCESSORY", "IFCELECTRICDISTRIBUTIONBOARD",
+                          "IFCPAVEMENT", "IFCKERB", "IFCFLOWCONTROLLER", "IFCWALLSTANDARDCASE", "IFCGRID",
+                          "IFCOPENINGELEMENT", "IFCBUILDINGSTOREY", "IFCANNOTATION"})
+        EXPECT_NE(std::find(nombresProductoIFC.begin(), nombresProductoIFC.end(), t),
+                  nombresProductoIFC.end())
+            << t;
+    const char* otros[] = {"IFCWALLTYPE", "IFCDOORSTYLE",  "IFCPROJECT", "IFCPROPERTYSET",
+                           "IFCGRIDAXIS", "IFCRELDEFINESBYTYPE", "IFCWAL", "XIFCWALL",
+                           "IFCWALLX",    "IFCWALL2",     "IFC"};
+    // Every product, every other one written in lower case.
     std::string datos;
     int n = 100;
-    for (const char* t : productos)
-        datos += "#" + std::to_string(n++) + "=" + t + "('0abcdefghijklmnopqrstu',#5,'P_" + t +
-                 "',$,$,$,$,$);\n";
+    for (const std::string_view t : nombresProductoIFC) {
+        std::string escrito(t);
+        if (n % 2)
+            for (char& c : escrito) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        datos += "#" + std::to_string(n) + "=" + escrito + "('0abcdefghijklmnopqrs" + std::to_string(n) +
+                 "',#5,'P_" + std::string(t) + "',$,$,$,$,$);\n";
+        ++n;
+    }
     for (const char* t : otros)
-        datos += "#" + std::to_string(n++) + "=" + t + "('0abcdefghijklmnopqrstu',#5,'O_" + t +
+        datos += "#" + std::to_string(n++) + "=" + t + "('1abcdefghijklmnopqrstu',#5,'O_" + t +
                  "',$,$,$,$,$);\n";
     const auto r = leer(datos);
-    EXPECT_EQ(r.size(), std::size(productos));
-    for (const char* t : productos) {
-        const auto it = r.find(std::string("P_") + t);
+    EXPECT_EQ(r.size(), nombresProductoIFC.size());
+    for (const std::string_view t : nombresProductoIFC) {
+        const auto it = r.find("P_" + std::string(t));
         ASSERT_NE(it, r.end()) << t;
-        EXPECT_EQ(it->second, (PropiedadesElemento{{"__tipoIFC", t}}));
+        EXPECT_EQ(it->second, (PropiedadesElemento{{"__tipoIFC", std::string(t)}}));
     }
 }
 
-TEST(PropiedadesIFC, APropertySetOnASlabAndAnOpeningLandsOnlyOnTheSlab) {
+TEST(PropiedadesIFC, SingleValuesAndQuantitiesAreReadAsWritten) {
     const auto r = leer(R"IFC(
-#13=IFCSLAB('1kTvXnbbzCWw8lcMd1dR4o',#5,'Losa',$,$,#21,#31,$,.FLOOR.);
-#14=IFCOPENINGELEMENT('2kTvXnbbzCWw8lcMd1dR4o',#5,'Hueco',$,$,#22,#32,$);
-#15=IFCBUILDINGSTOREY('3kTvXnbbzCWw8lcMd1dR4o',#5,'Nivel 1',$,$,#23,$,$,.ELEMENT.,0.);
-#40=IFCPROPERTYSINGLEVALUE('PitchAngle',$,IFCPLANEANGLEMEASURE(0.),$);
-#50=IFCPROPERTYSET('0Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_SlabCommon',$,(#40));
-#60=IFCRELDEFINESBYPROPERTIES('3vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#14,#13,#15),#50);
+#12=IFCDOOR('2O2Fr$t4X7Zf8NOew3FLOH',#5,'Puerta',$,$,#20,#30,$,2.1,0.9);
+#40=IFCPROPERTYSINGLEVALUE('FireRating',$,IFCLABEL('EI 30'),$);
+#41=IFCPROPERTYENUMERATEDVALUE('Operacion',$,(IFCLABEL('Batiente')),$);
+#42=IFCPROPERTYBOUNDEDVALUE('Rango',$,IFCREAL(1.),IFCREAL(0.),$);
+#43=IFCQUANTITYLENGTH('Width',$,$,0.90,$);
+#44=IFCQUANTITYAREA('Area',$,$,1.8900E0);
+#45=IFCQUANTITYVOLUME('Volume',$,$,0.075);
+#46=IFCQUANTITYCOUNT('Hojas',$,$,2.);
+#47=IFCQUANTITYWEIGHT('GrossWeight',$,#9,42.5,$);
+#48=IFCQUANTITYTIME('Montaje',$,$,3600.);
+#49=IFCQUANTITYNUMBER('Numero',$,$,7.,$);
+#50=IFCPROPERTYSET('0Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_DoorCommon',$,(#40,#41,#42,#43));
+#51=IFCELEMENTQUANTITY('1Fc3y1Xb95$eO9iBf8ZQvW',#5,'Qto_DoorBaseQuantities',$,$,(#40,#43,#44,#45,#46,#47,#48,#49));
+#52=IFCPROPERTYSET('2Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_Corto',$);
+#53=IFCPROPERTYSET('3Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_Otro',$,(#40));
+#54=IFCELEMENTQUANTITY('4Fc3y1Xb95$eO9iBf8ZQvW',#5,'Qto_Corto',$,(#43));
+#60=IFCRELDEFINESBYPROPERTIES('3vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#50);
+#61=IFCRELDEFINESBYPROPERTIES('4vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#51);
+#62=IFCRELDEFINESBYPROPERTIES('5vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#52);
+#63=IFCRELDEFINESBYPROPERTIES('6vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12));
+#64=IFCRELDEFINESBYTYPE('7vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#53);
+#65=IFCRELASSOCIATES('8vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#53);
+#66=IFCRELDEFINESBYPROPERTIES('9vB2YO$MX4xv5uCqZZG05x',#5,'Falsa',$,(#40),#53);
+#67=IFCRELDEFINESBYPROPERTIES('0wB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#66);
+#68=IFCRELDEFINESBYPROPERTIES('1wB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#54);
 )IFC");
+    // Of a property set only its single values, of a quantity set only its
+    // quantities, each number as the file writes it.
     ASSERT_EQ(r.size(), 1u);
-    EXPECT_EQ(r.at("Losa"), (PropiedadesElemento{{"__tipoIFC", "IFCSLAB"},
-                                                 {clave("Pset_SlabCommon", "PitchAngle"), "0."}}));
+    const std::string qto = "Qto_DoorBaseQuantities";
+    EXPECT_EQ(r.at("Puerta"),
+              (PropiedadesElemento{{"__tipoIFC", "IFCDOOR"},
+                                   {clave("Pset_DoorCommon", "FireRating"), "EI 30"},
+                                   {clave(qto, "Width"), "0.90"},
+                                   {clave(qto, "Area"), "1.8900E0"},
+                                   {clave(qto, "Volume"), "0.075"},
+                                   {clave(qto, "Hojas"), "2."},
+                                   {clave(qto, "GrossWeight"), "42.5"},
+                                   {clave(qto, "Montaje"), "3600."},
+                                   {clave(qto, "Numero"), "7."}}));
+}
+
+TEST(PropiedadesIFC, ATypeObjectsSetsApplyToItsElementsAndTheirOwnValueWins) {
+    // Muro A has its own FireRating, related before the type in the file;
+    // Muro B's own one comes after it. The type carries a property set and a
+    // quantity set in HasPropertySets, and (IFC4) one more related to it by
+    // IFCRELDEFINESBYPROPERTIES. Pilar's type lists nothing.
+    const std::string datos = R"IFC(
+#61=IFCRELDEFINESBYPROPERTIES('0wB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#52);
+#12=IFCWALL('0aaaaaaaaaaaaaaaaaaaaa',#5,'Muro A',$,$,$,$,$);
+#13=IFCWALL('0bbbbbbbbbbbbbbbbbbbbb',#5,'Muro B',$,$,$,$,$);
+#14=IFCCOLUMN('0ccccccccccccccccccccc',#5,'Pilar',$,$,$,$,$);
+#40=IFCPROPERTYSINGLEVALUE('FireRating',$,IFCLABEL('EI 60'),$);
+#41=IFCPROPERTYSINGLEVALUE('IsExternal',$,IFCBOOLEAN(.T.),$);
+#42=IFCPROPERTYSINGLEVALUE('FireRating',$,IFCLABEL('EI 120'),$);
+#43=IFCQUANTITYLENGTH('Width',$,$,0.25);
+#44=IFCPROPERTYSINGLEVALUE('Fabricante',$,IFCLABEL('Acme'),$);
+#50=IFCPROPERTYSET('0Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_WallCommon',$,(#40,#41));
+#51=IFCELEMENTQUANTITY('1Fc3y1Xb95$eO9iBf8ZQvW',#5,'Qto_WallBaseQuantities',$,$,(#43));
+#52=IFCPROPERTYSET('2Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_WallCommon',$,(#42));
+#53=IFCPROPERTYSET('3Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_Fabricante',$,(#44));
+#70=IFCWALLTYPE('4Fc3y1Xb95$eO9iBf8ZQvW',#5,'Muro 250',$,$,(#50,#51),$,$,$,.STANDARD.);
+#71=IFCCOLUMNTYPE('5Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pilar 30',$,$,$,$,$,$,.COLUMN.);
+#80=IFCRELDEFINESBYTYPE('6Fc3y1Xb95$eO9iBf8ZQvW',#5,$,$,(#12,#13),#70);
+#81=IFCRELDEFINESBYTYPE('7Fc3y1Xb95$eO9iBf8ZQvW',#5,$,$,(#14),#71);
+#82=IFCRELDEFINESBYPROPERTIES('8Fc3y1Xb95$eO9iBf8ZQvW',#5,$,$,(#70,#999),#53);
+#83=IFCRELDEFINESBYTYPE('9Fc3y1Xb95$eO9iBf8ZQvW',#5,$,$,(#14),#53);
+#62=IFCRELDEFINESBYPROPERTIES('1wB2YO$MX4xv5uCqZZG05x',#5,$,$,(#13),#52);
+)IFC";
+    const PropiedadesElemento muro = {{"__tipoIFC", "IFCWALL"},
+                                        {clave("Pset_WallCommon", "FireRating"), "EI 120"},
+                                        {clave("Pset_WallCommon", "IsExternal"), ".T."},
+                                        {clave("Qto_WallBaseQuantities", "Width"), "0.25"},
+                                        {clave("Pset_Fabricante", "Fabricante"), "Acme"}};
+    const IndiceIFC indice = leerIndiceIFCTexto(archivoIFC(datos));
+    const auto& r = indice.porNombre;
+    ASSERT_EQ(r.size(), 3u); // the type objects have no entry
+    EXPECT_EQ(r.at("Muro A"), muro);
+    EXPECT_EQ(r.at("Muro B"), muro);
+    EXPECT_EQ(r.at("Pilar"), (PropiedadesElemento{{"__tipoIFC", "IFCCOLUMN"}}));
+    EXPECT_EQ(indice.porGlobalId.at("0aaaaaaaaaaaaaaaaaaaaa"), muro);
+
+    // Without their own FireRating both walls take the type's.
+    std::string sinPropios = datos;
+    sinPropios.replace(sinPropios.find("(#42)"), 5, "(#44)");
+    const auto r2 = leer(sinPropios);
+    EXPECT_EQ(r2.at("Muro A").at(clave("Pset_WallCommon", "FireRating")), "EI 60");
+    EXPECT_EQ(r2.at("Muro B").at(clave("Pset_WallCommon", "FireRating")), "EI 60");
+}
+
+TEST(PropiedadesIFC, ReinforcingBarsAndDiscreteAccessoriesHaveTheirProperties) {
+    const IndiceIFC r = leerIndiceIFCTexto(archivoIFC(R"IFC(
+#12=IFCREINFORCINGBAR('0aaaaaaaaaaaaaaaaaaaaa',#5,'Barra \S\X8 12',$,$,$,$,$,'B500S',0.012,1.13E-4,6.,.MAIN.,.RIBBED.);
+#13=IFCDISCRETEACCESSORY('0bbbbbbbbbbbbbbbbbbbbb',#5,'Anclaje',$,$,$,$,$,.ANCHORPLATE.);
+#40=IFCPROPERTYSINGLEVALUE('BarDiameter',$,IFCPOSITIVELENGTHMEASURE(0.012),$);
+#41=IFCPROPERTYSINGLEVALUE('Material',$,IFCLABEL('Acero S275 \S\X8 20'),$);
+#42=IFCQUANTITYWEIGHT('Peso',$,$,5.33);
+#50=IFCPROPERTYSET('0Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_ReinforcingBarCommon',$,(#40));
+#51=IFCPROPERTYSET('1Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_Accesorio',$,(#41));
+#52=IFCELEMENTQUANTITY('2Fc3y1Xb95$eO9iBf8ZQvW',#5,'Qto_Barra',$,$,(#42));
+#60=IFCRELDEFINESBYPROPERTIES('3vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#50);
+#61=IFCRELDEFINESBYPROPERTIES('4vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#13),#51);
+#62=IFCRELDEFINESBYPROPERTIES('5vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#52);
+)IFC"));
+    const PropiedadesElemento barra = {{"__tipoIFC", "IFCREINFORCINGBAR"},
+                                       {clave("Pset_ReinforcingBarCommon", "BarDiameter"), "0.012"},
+                                       {clave("Qto_Barra", "Peso"), "5.33"}};
+    const PropiedadesElemento accesorio = {{"__tipoIFC", "IFCDISCRETEACCESSORY"},
+                                           {clave("Pset_Accesorio", "Material"), "Acero S275 \xC3\x98" "8 20"}};
+    EXPECT_EQ(r.porNombre, (PropiedadesModelo{{"Barra \xC3\x98" "8 12", barra}, {"Anclaje", accesorio}}));
+    EXPECT_EQ(r.porGlobalId, (PropiedadesModelo{{"0aaaaaaaaaaaaaaaaaaaaa", barra},
+                                                {"0bbbbbbbbbbbbbbbbbbbbb", accesorio}}));
+}
+
+TEST(PropiedadesIFC, SameNamedElementsKeepEachTheirOwnEntryByGlobalId) {
+    // A hundred elements named "Muro", each with its own value.
+    std::string datos;
+    for (int i = 0; i < 100; ++i) {
+        const std::string n = std::to_string(i);
+        datos += "#" + std::to_string(1000 + i) + "=IFCWALL('gid" + n + "',#5,'Muro',$,$,$,$,$);\n";
+        datos += "#" + std::to_string(2000 + i) + "=IFCPROPERTYSINGLEVALUE('Marca',$,IFCLABEL('M-" + n +
+                 "'),$);\n";
+        datos += "#" + std::to_string(3000 + i) + "=IFCPROPERTYSET('ps" + n + "',#5,'Pset',$,(#" +
+                 std::to_string(2000 + i) + "));\n";
+        datos += "#" + std::to_string(4000 + i) + "=IFCRELDEFINESBYPROPERTIES('r" + n + "',#5,$,$,(#" +
+                 std::to_string(1000 + i) + "),#" + std::to_string(3000 + i) + ");\n";
+    }
+    const IndiceIFC r = leerIndiceIFCTexto(archivoIFC(datos));
+    ASSERT_EQ(r.porNombre.size(), 1u);
+    EXPECT_EQ(r.porNombre.at("Muro").at(clave("Pset", "Marca")), "M-99"); // the later relation
+    ASSERT_EQ(r.porGlobalId.size(), 100u);
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(r.porGlobalId.at("gid" + std::to_string(i)),
+                  (PropiedadesElemento{{"__tipoIFC", "IFCWALL"},
+                                       {clave("Pset", "Marca"), "M-" + std::to_string(i)}}));
 }
 
 TEST(PropiedadesIFC, SameNamedElementsShareOneEntryAndTheLaterRelationWins) {
@@ -278,32 +399,6 @@ TEST(PropiedadesIFC, AnEmptyValueStaysAndAnEmptyNameIsDropped) {
                                                      {clave("Pset", "Seccion"), "30x30, armada"}}));
 }
 
-TEST(PropiedadesIFC, OnlyPropertySetsOfSingleValuesAreRead) {
-    const auto r = leer(R"IFC(
-#12=IFCDOOR('2O2Fr$t4X7Zf8NOew3FLOH',#5,'Puerta',$,$,#20,#30,$,2.1,0.9);
-#40=IFCPROPERTYSINGLEVALUE('FireRating',$,IFCLABEL('EI 30'),$);
-#41=IFCPROPERTYENUMERATEDVALUE('Operacion',$,(IFCLABEL('Batiente')),$);
-#42=IFCPROPERTYBOUNDEDVALUE('Rango',$,IFCREAL(1.),IFCREAL(0.),$);
-#43=IFCQUANTITYLENGTH('Width',$,$,0.9);
-#50=IFCPROPERTYSET('0Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_DoorCommon',$,(#40,#41,#42,#43));
-#51=IFCELEMENTQUANTITY('1Fc3y1Xb95$eO9iBf8ZQvW',#5,'Qto_DoorBaseQuantities',$,$,(#40,#43));
-#52=IFCPROPERTYSET('2Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_Corto',$);
-#53=IFCPROPERTYSET('3Fc3y1Xb95$eO9iBf8ZQvW',#5,'Pset_Otro',$,(#40));
-#60=IFCRELDEFINESBYPROPERTIES('3vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#50);
-#61=IFCRELDEFINESBYPROPERTIES('4vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#51);
-#62=IFCRELDEFINESBYPROPERTIES('5vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#52);
-#63=IFCRELDEFINESBYPROPERTIES('6vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12));
-#64=IFCRELDEFINESBYTYPE('7vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#53);
-#65=IFCRELASSOCIATES('8vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#53);
-#66=IFCRELDEFINESBYPROPERTIES('9vB2YO$MX4xv5uCqZZG05x',#5,'Falsa',$,(#40),#53);
-#67=IFCRELDEFINESBYPROPERTIES('0wB2YO$MX4xv5uCqZZG05x',#5,$,$,(#12),#66);
-)IFC");
-    ASSERT_EQ(r.size(), 1u);
-    EXPECT_EQ(r.at("Puerta"),
-              (PropiedadesElemento{{"__tipoIFC", "IFCDOOR"},
-                                   {clave("Pset_DoorCommon", "FireRating"), "EI 30"}}));
-}
-
 TEST(PropiedadesIFC, ARelationMayComeBeforeWhatItRelates) {
     const auto r = leer(R"IFC(
 #60=IFCRELDEFINESBYPROPERTIES('3vB2YO$MX4xv5uCqZZG05x',#5,$,$,(#912),#950);
@@ -322,15 +417,19 @@ TEST(PropiedadesIFC, ReadsAFileAndGivesNothingForUnreadableOnes) {
     ASSERT_EQ(r.size(), 2u);
     EXPECT_EQ(r.at("Muro exterior"), propiedadesMuro);
 
-    // One Latin-1 byte anywhere empties the whole result.
+    // A Latin-1 byte in one name decodes that name and leaves the rest read.
     std::string latin1 = archivoIFC(muroYLosa);
     latin1.insert(latin1.find("'Losa'") + 5, "\xD1");
-    EXPECT_TRUE(leerPropiedadesIFC(dir.escribir("latin1.ifc", latin1)).empty());
-    EXPECT_TRUE(leerPropiedadesIFCTexto(latin1).empty());
+    const IndiceIFC conLatin1 = leerIndiceIFC(dir.escribir("latin1.ifc", latin1));
+    ASSERT_EQ(conLatin1.porNombre.size(), 2u);
+    EXPECT_EQ(conLatin1.porNombre.at("Muro exterior"), propiedadesMuro);
+    EXPECT_EQ(conLatin1.porNombre.at("Losa\xC3\x91").at("__tipoIFC"), "IFCSLAB");
+    EXPECT_EQ(conLatin1.porGlobalId.at("2O2Fr$t4X7Zf8NOew3FLOH"), propiedadesMuro);
 
     EXPECT_TRUE(leerPropiedadesIFC(dir.escribir("vacio.ifc", "")).empty());
     EXPECT_TRUE(leerPropiedadesIFC(dir.inexistente()).empty());
     EXPECT_TRUE(leerPropiedadesIFC(dir.ruta()).empty());
+    EXPECT_TRUE(leerIndiceIFC(dir.inexistente()).porGlobalId.empty());
 }
 
 TEST(FusionarPropiedades, ANewEntryReplacesTheOldOneWhole) {

@@ -93,65 +93,86 @@ TEST(LimpiarTextoSTEP, UnquotesTrimsAndEmptiesNullValues) {
     EXPECT_EQ(limpiarTextoSTEP("'Muro"), "'Muro");
     // Blanks inside the quotes are part of the text.
     EXPECT_EQ(limpiarTextoSTEP("' Muro '"), " Muro ");
-    // A carriage return is not trimmed, so the quotes are not at the end.
-    EXPECT_EQ(limpiarTextoSTEP("'Muro'\r"), "'Muro'\r");
+    // Doubled apostrophes inside the quotes are undoubled.
+    EXPECT_EQ(limpiarTextoSTEP("'O''Brien'"), "O'Brien");
+    EXPECT_EQ(limpiarTextoSTEP("'D'''"), "D'");
 }
 
-TEST(LimpiarTextoSTEP, KeepsDoubledApostrophesAndDecodesEscapes) {
-    EXPECT_EQ(limpiarTextoSTEP("'O''Brien'"), "O''Brien");
-    EXPECT_EQ(limpiarTextoSTEP("'Muro \\X2\\00D1\\X0\\'"), "Muro \xC3\x91");
-    EXPECT_EQ(limpiarTextoSTEP("'a\\X\\F1b'"), "a\xC3\xB1"
-                                               "b");
+TEST(DecodificarTextoSTEP, DecodesEveryEscapeAndUndoublesApostrophes) {
+    struct Caso {
+        const char* escrito;
+        const char* esperado;
+    };
+    const Caso casos[] = {
+        // \X2\: four hex digits a character, either case; a short last group
+        // stands; surrogate pairs combine; what follows \X0\ is read on.
+        {"Muro \\X2\\00D1\\X0\\", "Muro \xC3\x91"},
+        {"\\X2\\00C100e920AC\\X0\\z", "\xC3\x81\xC3\xA9\xE2\x82\xAC" "z"},
+        {"\\X2\\004142\\X0\\", "AB"},
+        {"a\\X2\\0041\\X0\\b\\X2\\0042\\X0\\c", "aAbBc"},
+        {"\\X2\\\\X0\\x", "x"},
+        {"a\\X2\\D83DDE00\\X0\\b", "a\xF0\x9F\x98\x80" "b"},
+        // Bad groups and lone surrogates are dropped without a mark.
+        {"\\X2\\00ZZ0041\\X0\\", "A"},
+        {"\\X2\\DFFF0043D800\\X0\\", "C"},
+        {"\\X2\\D83D0041\\X0\\", "A"},
+        // \X4\: eight hex digits a character; past U+10FFFF is dropped.
+        {"\\X4\\0001F6000000004B\\X0\\", "\xF0\x9F\x98\x80K"},
+        {"\\X4\\00110000\\X0\\ok", "ok"},
+        // \X\: two hex digits, an ISO 8859-1 character.
+        {"a\\X\\F1b", "a\xC3\xB1" "b"},
+        {"\\X\\e9t\\X\\E9", "\xC3\xA9t\xC3\xA9"},
+        {"\\X\\4142", "A42"},
+        {"\\X\\80", "\xC2\x80"},
+        // \S\: the character plus 128 in the page in force, ISO 8859-1 first;
+        // an apostrophe after it is the doubled one of a string.
+        {"\\S\\X8 \\S\\`15", "\xC3\x98" "8 \xC3\xA0" "15"},
+        {"Kg/m\\S\\2", "Kg/m\xC2\xB2"},
+        {"T\\S\\\\r", "T\xC3\x9Cr"},
+        {"\\S\\''", "\xC2\xA7"},
+        // \PA\ to \PI\ choose ISO 8859-1 to 8859-9 for the \S\ that follow.
+        {"\\PB\\\\S\\9\\PA\\\\S\\9", "\xC5\xA1\xC2\xB9"},
+        {"\\PE\\\\S\\P", "\xD0\xB0"},
+        {"\\PH\\\\S\\!", "\xEF\xBF\xBD"}, // a hole of 8859-8
+        // A doubled backslash is one; apostrophes undouble.
+        {"C:\\\\Planos", "C:\\Planos"},
+        {"O''Brien ''A''", "O'Brien 'A'"},
+        {"D''", "D'"},
+        // Malformed escapes keep their backslash; no "\X0\" makes \X2\ plain
+        // text, and what follows is still read.
+        {"\\PZ\\Muro", "\\PZ\\Muro"},
+        {"\\S\\", "\\S\\"},
+        {"\\X\\4", "\\X\\4"},
+        {"a\\X2\\00D1b", "a\\X2\\00D1b"},
+        {"\\X2\\00D1 \\X\\F1", "\\X2\\00D1 \xC3\xB1"},
+        {"\\X4\\0041", "\\X4\\0041"},
+        {"fin\\", "fin\\"},
+        {"\\Q\\", "\\Q\\"},
+        // Text with neither a backslash nor an apostrophe stands.
+        {"\xC3\x91" "and\xC3\xBA X2 $", "\xC3\x91" "and\xC3\xBA X2 $"},
+        // Bytes that are not UTF-8 are ISO 8859-1; escapes still decode.
+        {"Hormig\xF3n", "Hormig\xC3\xB3n"},
+        {"\xD1" "and\\X\\FA ''x''", "\xC3\x91" "and\xC3\xBA 'x'"},
+        {"\xC3", "\xC3\x83"},
+    };
+    for (const Caso& c : casos) EXPECT_EQ(decodificarTextoSTEP(c.escrito), c.esperado) << c.escrito;
 }
 
-TEST(DecodificarTextoSTEP, DecodesX2GroupsOfFourHexDigits) {
-    EXPECT_EQ(decodificarTextoSTEP("Muro \\X2\\00D1\\X0\\"), "Muro \xC3\x91");
-    EXPECT_EQ(decodificarTextoSTEP("\\X2\\00C100E920AC\\X0\\z"), "\xC3\x81\xC3\xA9\xE2\x82\xAC"
-                                                                 "z");
-    EXPECT_EQ(decodificarTextoSTEP("\\X2\\00f1\\X0\\"), "\xC3\xB1");
-    // A short last group is read as it stands.
-    EXPECT_EQ(decodificarTextoSTEP("\\X2\\004142\\X0\\"), "AB");
-    // Reading resumes after the closing escape, which may be followed by more.
-    EXPECT_EQ(decodificarTextoSTEP("a\\X2\\0041\\X0\\b\\X2\\0042\\X0\\c"), "aAbBc");
-    EXPECT_EQ(decodificarTextoSTEP("\\X2\\\\X0\\x"), "x");
-}
-
-TEST(DecodificarTextoSTEP, DropsBadGroupsAndSurrogatesWithoutAMark) {
-    EXPECT_EQ(decodificarTextoSTEP("\\X2\\00ZZ0041\\X0\\"), "A");
-    // A surrogate pair is lost rather than combined.
-    EXPECT_EQ(decodificarTextoSTEP("a\\X2\\D83DDE00\\X0\\b"), "ab");
-    EXPECT_EQ(decodificarTextoSTEP("\\X2\\DFFF0043E000\\X0\\"), "C\xEE\x80\x80");
-}
-
-TEST(DecodificarTextoSTEP, DecodesXAsOneLatin1CodePoint) {
-    EXPECT_EQ(decodificarTextoSTEP("a\\X\\F1b"), "a\xC3\xB1"
-                                                 "b");
-    EXPECT_EQ(decodificarTextoSTEP("\\X\\e9t\\X\\E9"), "\xC3\xA9t\xC3\xA9");
-    // Only two characters belong to the escape.
-    EXPECT_EQ(decodificarTextoSTEP("\\X\\4142"), "A42");
-    // No further mapping: 0x80 to 0x9F stay C1 code points.
-    EXPECT_EQ(decodificarTextoSTEP("\\X\\80"), "\xC2\x80");
-}
-
-TEST(DecodificarTextoSTEP, CopiesEveryOtherBackslashAsItStands) {
-    EXPECT_EQ(decodificarTextoSTEP("a\\S\\b"), "a\\S\\b");
-    EXPECT_EQ(decodificarTextoSTEP("C:\\\\Planos"), "C:\\\\Planos");
-    EXPECT_EQ(decodificarTextoSTEP("\\PA\\Muro"), "\\PA\\Muro");
-    // Without the closing escape, \X2\ is plain text, but what follows it is
-    // still read.
-    EXPECT_EQ(decodificarTextoSTEP("a\\X2\\00D1b"), "a\\X2\\00D1b");
-    EXPECT_EQ(decodificarTextoSTEP("\\X2\\00D1 \\X\\F1"), "\\X2\\00D1 \xC3\xB1");
-    EXPECT_EQ(decodificarTextoSTEP("fin\\"), "fin\\");
-    // Text without a backslash stands, whatever it holds.
-    EXPECT_EQ(decodificarTextoSTEP("\xC3\x91"
-                                   "and\xC3\xBA X2 '' $"),
-              "\xC3\x91"
-              "and\xC3\xBA X2 '' $");
+TEST(DecodificarTextoSTEP, MalformedEscapesEndInTimeAndGiveUTF8) {
+    // Long runs of broken escapes, each an escape opening that never closes.
+    for (const char* trozo : {"\\X2\\", "\\X4\\", "\\X\\", "\\S\\", "\\P", "\\", "''", "\xFF"}) {
+        std::string texto;
+        for (int i = 0; i < 20000; ++i) texto += trozo;
+        const std::string r = decodificarTextoSTEP(texto);
+        EXPECT_TRUE(esUTF8Valido(r)) << trozo;
+        EXPECT_LE(r.size(), texto.size() * 2) << trozo;
+    }
 }
 
 TEST(LeerValorNominal, EnumerationsLoseTheirDots) {
     EXPECT_EQ(leerValorNominal(".T."), "T");
     EXPECT_EQ(leerValorNominal(" .ELEMENT. "), "ELEMENT");
+    EXPECT_EQ(leerValorNominal(".ELEMENTO\xD1."), "ELEMENTO\xC3\x91");
     EXPECT_EQ(leerValorNominal(".."), "");
     EXPECT_EQ(leerValorNominal("$"), "");
     EXPECT_EQ(leerValorNominal(" $\t"), "");
@@ -168,7 +189,7 @@ TEST(LeerValorNominal, TypedValuesGiveWhatIsInsideAsWritten) {
     // Inside the parentheses the dots of an enumeration stay.
     EXPECT_EQ(leerValorNominal("IFCBOOLEAN(.T.)"), ".T.");
     EXPECT_EQ(leerValorNominal("IFCLABEL($)"), "");
-    EXPECT_EQ(leerValorNominal("IFCTEXT('O''Brien')"), "O''Brien");
+    EXPECT_EQ(leerValorNominal("IFCTEXT('O''Brien')"), "O'Brien");
     EXPECT_EQ(leerValorNominal("IFCLABEL('Muro \\X2\\00D1\\X0\\')"), "Muro \xC3\x91");
 }
 
@@ -219,4 +240,60 @@ TEST(LeerReferencia, ReadsOneReference) {
     EXPECT_FALSE(leerReferencia("#+-4"));
     EXPECT_FALSE(leerReferencia("#9223372036854775808"));
     EXPECT_FALSE(leerReferencia("(#12)"));
+}
+
+TEST(LectorSentenciasSTEP, FindsStatementsByTheSyntaxWhateverTheLines) {
+    struct Caso {
+        std::string texto;
+        Textos sentencias;
+    };
+    const Caso casos[] = {
+        // Several to a line, and a whole file on one line with its header.
+        {"#1=A('a');#2=B((#1,#3)); #3=C($);",
+         {"#1=A('a');", "#2=B((#1,#3));", "#3=C($);"}},
+        {"ISO-10303-21;HEADER;FILE_NAME('x;#9=IFCWALL();','y');ENDSEC;DATA;#1=A('a');ENDSEC;"
+         "END-ISO-10303-21;",
+         {"#1=A('a');"}},
+        // LF, CRLF and CR alone between statements.
+        {"#1=A();\n#2=B();\r\n#3=C();\r#4=D();\r\r\n", {"#1=A();", "#2=B();", "#3=C();", "#4=D();"}},
+        // Broken over lines, inside and outside strings: the line ends go
+        // with the blanks and tabs around them.
+        {"#1=A('Muro \r\n\t exterior',\n  #2\n  ,$);", {"#1=A('Muroexterior',#2,$);"}},
+        {"#1=A('a',\r\r  'b');", {"#1=A('a','b');"}},
+        // A ";" or a "#" inside a string belongs to it; doubled apostrophes
+        // toggle twice.
+        {"#1=A('x;y','#2=B();');#3=C('O''Brien;');",
+         {"#1=A('x;y','#2=B();');", "#3=C('O''Brien;');"}},
+        // Comments between statements and inside one go; inside a string a
+        // comment is text.
+        {"/* #9=X(); */#1=A(/* a; */'b'); /* c */\n/**/#2=B('/* d */');",
+         {"#1=A('b');", "#2=B('/* d */');"}},
+        // Blanks, Unicode blanks and control bytes before a statement.
+        {"\xC2\xA0\t#1=A();\x01\x7F\xE3\x80\x80#2=B();", {"#1=A();", "#2=B();"}},
+        // The last statement without its ";", and one cut inside a string or
+        // a comment.
+        {"#1=A();\n#2=B('x')", {"#1=A();", "#2=B('x')"}},
+        {"#1=A('x;\n#2=B();", {"#1=A('x;#2=B();"}},
+        {"#1=A();#2=B(/* x;", {"#1=A();", "#2=B("}},
+        // Anything that does not begin with "#" is passed over up to its ";".
+        {"DATA;\nX=1;#1=A();\nENDSEC;", {"#1=A();"}},
+        {"", {}},
+        {" \r\n\t", {}},
+    };
+    for (const Caso& c : casos) {
+        Textos leidas;
+        recorrerSentenciasSTEP(c.texto, [&](std::string_view s, bool) { leidas.emplace_back(s); });
+        EXPECT_EQ(leidas, c.sentencias) << c.texto;
+    }
+}
+
+TEST(LectorSentenciasSTEP, OnlyRejoinedStatementsLiveInTheBuffer) {
+    const std::string texto = "#1=A('a');\n#2=B('b',\n'c');\n#3=C();";
+    std::vector<bool> estables;
+    recorrerSentenciasSTEP(texto, [&](std::string_view s, bool estable) {
+        estables.push_back(estable);
+        const bool dentro = s.data() >= texto.data() && s.data() + s.size() <= texto.data() + texto.size();
+        EXPECT_EQ(dentro, estable) << s;
+    });
+    EXPECT_EQ(estables, (std::vector<bool>{true, false, true}));
 }
