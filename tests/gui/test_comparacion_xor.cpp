@@ -210,6 +210,7 @@ private slots:
         if (qEnvironmentVariableIsSet("VORNEL_CAPTURA")) {
             const QString carpeta = qEnvironmentVariable("VORNEL_CAPTURA");
             informe->grab().save(carpeta + QStringLiteral("/informe.png"));
+            hijo(*informe, "paginaInformeXOR")->grab().save(carpeta + QStringLiteral("/pagina.png"));
             for (const auto& [clave, imagen] : imagenes)
                 imagen.save(carpeta + QStringLiteral("/") + QString::fromStdString(clave) + QStringLiteral(".png"));
         }
