@@ -29,6 +29,7 @@ void ContentView::cancelarConversion() {
     cancelacionVinculos_->store(true);
     cancelacionVinculos_ = std::make_shared<std::atomic<bool>>(false);
     isProcessing = false;
+    slotXORCargando.reset();
     emit changed();
 }
 

@@ -94,6 +94,7 @@ public:
     std::string fileNameNuevo = "Sin versión nueva";
     std::optional<std::string> seleccionandoXOR;       // the slot the open picker fills
     std::optional<std::string> xorSlotPendienteCargar; // the slot waiting for "Continuar"
+    std::optional<std::string> slotXORCargando;        // the slot whose version is converting
     bool confirmarLimpiarXOR = false;
     bool xorActivo = false;
     EstadisticasXOR xorStats;
@@ -214,6 +215,10 @@ public:
     void limpiarXOR();
     // The sidebar label of a slot: "Base" or "Nueva".
     static std::string etiquetaSlotXOR(std::string_view slot);
+    // The progress text while `isProcessing`: "Procesando versión base..." or
+    // "Procesando versión nueva..." while a slot loads, otherwise "Procesando "
+    // with the selected discipline's name and "...".
+    std::string textoProcesando() const;
 
     // Clash detection and review.
     // True when at least two disciplines have models ("Nueva detección").

@@ -35,6 +35,23 @@ std::shared_ptr<Node> copiaColoreada(const Node& original, const Color& color) {
     return copia;
 }
 
+void agregarLucesThumbnail(Node& raiz) {
+    auto direccional = Node::crear();
+    Light luzDir;
+    luzDir.tipo = TipoLuz::Direccional;
+    luzDir.intensidad = intensidadLuzDireccionalThumbnail;
+    direccional->setLight(luzDir);
+    direccional->setEulerAngles({-glm::quarter_pi<float>(), glm::quarter_pi<float>(), 0.0f});
+    raiz.addChildNode(direccional);
+
+    auto ambiental = Node::crear();
+    Light luzAmb;
+    luzAmb.tipo = TipoLuz::Ambiental;
+    luzAmb.intensidad = intensidadLuzAmbientalThumbnail;
+    ambiental->setLight(luzAmb);
+    raiz.addChildNode(ambiental);
+}
+
 EscenaThumbnail escenaThumbnail(const Interferencia& interferencia, Scene* escenaViva) {
     EscenaThumbnail t;
     t.escena = std::make_unique<Scene>();
@@ -54,20 +71,7 @@ EscenaThumbnail escenaThumbnail(const Interferencia& interferencia, Scene* escen
     if (a) raiz.addChildNode(copiaColoreada(*a, colores::rojo));
     if (b) raiz.addChildNode(copiaColoreada(*b, colores::azul));
 
-    auto direccional = Node::crear();
-    Light luzDir;
-    luzDir.tipo = TipoLuz::Direccional;
-    luzDir.intensidad = intensidadLuzDireccionalThumbnail;
-    direccional->setLight(luzDir);
-    direccional->setEulerAngles({-glm::quarter_pi<float>(), glm::quarter_pi<float>(), 0.0f});
-    raiz.addChildNode(direccional);
-
-    auto ambiental = Node::crear();
-    Light luzAmb;
-    luzAmb.tipo = TipoLuz::Ambiental;
-    luzAmb.intensidad = intensidadLuzAmbientalThumbnail;
-    ambiental->setLight(luzAmb);
-    raiz.addChildNode(ambiental);
+    agregarLucesThumbnail(raiz);
 
     // Closer than the stored viewpoint, which frames the clash for the 3D
     // view and BCF: a fixed diagonal at a distance that follows the clash's size.

@@ -22,6 +22,10 @@ struct EscenaThumbnail {
 inline constexpr float intensidadLuzDireccionalThumbnail = 900.0f;
 inline constexpr float intensidadLuzAmbientalThumbnail = 380.0f;
 
+// Adds the two lights of a thumbnail scene under `raiz`: a directional light
+// from the upper diagonal and an ambient light.
+void agregarLucesThumbnail(Node& raiz);
+
 // The first node under `raiz` (depth first, `raiz` excluded) with a geometry
 // and this GlobalId, or with exactly this name when no GlobalId is given;
 // none when there is no such node. Same-named elements are told apart by

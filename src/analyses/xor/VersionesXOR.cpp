@@ -42,6 +42,13 @@ std::string ContentView::etiquetaSlotXOR(std::string_view slot) {
     return slot == slotsXOR::base ? "Base" : "Nueva";
 }
 
+std::string ContentView::textoProcesando() const {
+    if (slotXORCargando)
+        return *slotXORCargando == slotsXOR::base ? "Procesando versión base..." : "Procesando versión nueva...";
+    const auto it = especialidades.find(seleccionActual);
+    return "Procesando " + (it == especialidades.end() ? std::string() : it->second.nombre) + "...";
+}
+
 void ContentView::pedirCargarSlotXOR(const std::string& slot) {
     if (xorActivo) {
         xorSlotPendienteCargar = slot; // the alert "Cargar nuevo archivo" asks first
@@ -82,17 +89,21 @@ void ContentView::cargarSlotXOR(const std::string& slot, const std::string& ruta
         return;
     }
     isProcessing = true;
+    slotXORCargando = slot;
     emit changed();
 
     const std::string nombre = QFileInfo(QString::fromStdString(ruta)).fileName().toStdString();
     enSegundoPlano(this, [trabajo] { return convertirIFC(trabajo); },
                    [trabajo, slot, nombre](ContentView& cv, ResultadoConversion resultado) {
                        if (const auto* fallo = std::get_if<FalloConversion>(&resultado)) {
+                           // A cancel has already ended this load's progress.
                            if (fallo->causa == FalloConversion::Causa::Cancelada) return;
+                           cv.slotXORCargando.reset();
                            cv.isProcessing = false;
                            cv.mostrarError(textoFalloXOR(*fallo, trabajo.limiteMinutos));
                            return;
                        }
+                       cv.slotXORCargando.reset();
                        auto& convertido = std::get<ModeloConvertido>(resultado);
                        cv.instalarSlotXOR(slot, std::move(convertido.modelo), nombre,
                                           std::move(convertido.globalIds));

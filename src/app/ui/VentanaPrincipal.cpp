@@ -3,7 +3,9 @@
 #include "analyses/clash/ui/DialogoConfigAnalisis.h"
 #include "analyses/clash/ui/PanelInterferencias.h"
 #include "analyses/clash/ui/ReporteAnalisisView.h"
+#include "analyses/xor/ReporteXOR.h"
 #include "analyses/xor/ui/PanelComparacionXOR.h"
+#include "analyses/xor/ui/ReporteXORView.h"
 #include "app/ui/VentanaAcercaDe.h"
 #include "app/ui/VistaBienvenida.h"
 #include "federation/CentroNotificaciones.h"
@@ -150,7 +152,9 @@ QWidget* VentanaPrincipal::crearBarraLateral() {
     v->addWidget(tituloSeccion(QStringLiteral("Federación de Modelos"), lateral));
     v->addWidget(new PanelFederacion(cv_, lateral));
     v->addWidget(tituloSeccion(QStringLiteral("Comparación XOR"), lateral));
-    v->addWidget(new PanelComparacionXOR(cv_, lateral));
+    auto* comparacion = new PanelComparacionXOR(cv_, lateral);
+    connect(comparacion, &PanelComparacionXOR::informeSolicitado, this, &VentanaPrincipal::abrirInformeXOR);
+    v->addWidget(comparacion);
     v->addWidget(tituloSeccion(QStringLiteral("Interferencias"), lateral));
     auto* interferencias = new PanelInterferencias(cv_, lateral);
     connect(interferencias, &PanelInterferencias::reporteSolicitado, this, [this](std::size_t indice) {
@@ -169,9 +173,7 @@ void VentanaPrincipal::sincronizar() {
     detalle_->setCurrentWidget(hayEscena ? visor_ : bienvenida_);
 
     if (cv_.isProcessing) {
-        const auto it = cv_.especialidades.find(cv_.seleccionActual);
-        const QString nombre = it == cv_.especialidades.end() ? QString() : QString::fromStdString(it->second.nombre);
-        textoProgreso_->setText(QStringLiteral("Procesando ") + nombre + QStringLiteral("..."));
+        textoProgreso_->setText(QString::fromStdString(cv_.textoProcesando()));
         superposicion_->show();
         superposicion_->raise();
     } else {
@@ -378,6 +380,19 @@ void VentanaPrincipal::abrirReporte(const AnalisisInterferencias& analisis) {
     if (const QScreen* pantalla = screen())
         ventana->move(pantalla->availableGeometry().center() - ventana->rect().center());
     ventana->show();
+    reportWindows_.push_back(std::move(ventana));
+}
+
+void VentanaPrincipal::abrirInformeXOR() {
+    if (!cv_.resultadoXOR) return;
+    auto ventana = std::make_unique<ReporteXORView>(*cv_.resultadoXOR);
+    ventana->setWindowTitle(QString::fromStdString(tituloInformeXOR(*cv_.resultadoXOR)));
+    ventana->resize(1020, 700);
+    if (const QScreen* pantalla = screen())
+        ventana->move(pantalla->availableGeometry().center() - ventana->rect().center());
+    ventana->show();
+    generarThumbnailsXOR(cv_.resultadoXOR->elementos, cv_.modeloBase.get(), cv_.modeloNuevo.get(),
+                         ventana->thumbnailStore());
     reportWindows_.push_back(std::move(ventana));
 }
 

@@ -36,6 +36,9 @@ public:
     // Opens the report of a copy of this analysis in a window of its own,
     // kept (not deleted) when the user closes it.
     void abrirReporte(const AnalisisInterferencias& analisis);
+    // The change report of the standing comparison, with its images rendered
+    // from the two versions; nothing without a comparison.
+    void abrirInformeXOR();
     const std::vector<std::unique_ptr<QWidget>>& reportWindows() const { return reportWindows_; }
 
 protected:

@@ -108,6 +108,10 @@ void PanelComparacionXOR::reconstruir() {
         fila->addWidget(texto, 1);
         v->addLayout(fila);
     }
+    auto* informe = new QPushButton(QStringLiteral("Ver Informe XOR"), contenido_);
+    informe->setObjectName(QStringLiteral("verInformeXOR"));
+    connect(informe, &QPushButton::clicked, this, &PanelComparacionXOR::informeSolicitado);
+    v->addWidget(informe, 0, Qt::AlignLeft);
     auto* limpiar = new QPushButton(QStringLiteral("Limpiar XOR"), contenido_);
     limpiar->setObjectName(QStringLiteral("limpiarXOR"));
     connect(limpiar, &QPushButton::clicked, this, [this] { cv_.pedirLimpiarXOR(); });
