@@ -331,7 +331,7 @@ QWidget* ReporteXORView::pie(QWidget* padre) {
     v->addWidget(cuentas, 0, Qt::AlignRight);
     v->addWidget(
         etiqueta(QStringLiteral("Generado por TESKAL · ") +
-                     QLocale().toString(resultado_.fecha.toLocalTime(), QLocale::ShortFormat),
+                     QLocale(QStringLiteral("es_CL")).toString(resultado_.fecha.toLocalTime(), QLocale::ShortFormat),
                  QStringLiteral("font-size: 10px; color: #999;"), marco),
         0, Qt::AlignRight);
     return marco;
