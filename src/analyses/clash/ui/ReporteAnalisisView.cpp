@@ -173,13 +173,17 @@ void ReporteAnalisisView::generarHTML() {
 
 void ReporteAnalisisView::seguirEstados(const AnalisisInterferencias& vivo) {
     if (vivo.id != analisis_.id) return;
+    // The history keeps an analysis's clashes in their order: each is matched
+    // at its own place, and its id confirms it.
     bool cambio = false;
-    for (Interferencia& i : analisis_.interferencias)
-        for (const Interferencia& v : vivo.interferencias)
-            if (v.id == i.id && v.estado != i.estado) {
-                i.estado = v.estado;
-                cambio = true;
-            }
+    for (std::size_t k = 0; k < analisis_.interferencias.size() && k < vivo.interferencias.size(); ++k) {
+        Interferencia& i = analisis_.interferencias[k];
+        const Interferencia& v = vivo.interferencias[k];
+        if (v.id == i.id && v.estado != i.estado) {
+            i.estado = v.estado;
+            cambio = true;
+        }
+    }
     if (cambio) pagina_->setEstados(analisis_);
 }
 

@@ -39,8 +39,8 @@ public:
     bool exportandoBCF() const { return exportandoBCF_; }
     const std::optional<bool>& bcfExito() const { return bcfExito_; }
 
-    // Takes the review states of `vivo` for the clashes of the same id; an
-    // analysis of another id changes nothing.
+    // Takes the review states of `vivo`, the same analysis as the history
+    // holds it now, clash by clash; an analysis of another id changes nothing.
     void seguirEstados(const AnalisisInterferencias& vivo);
     // Renders every clash's thumbnail in turn and shows them all at once.
     void generarThumbnails();
