@@ -60,12 +60,18 @@ std::optional<int> ejecutar(const QString& programa, const QStringList& argument
 
 std::string describir(const std::error_code& ec) { return describirErrorSistema(ec.value()); }
 
+// A new folder name in the temporary directory: the prefix and an upper-case
+// UUID, as every temporary name of the workbench.
+fs::path carpetaTemporal(const std::string& prefijo) {
+    return fs::path(QDir::tempPath().toStdString()) /
+           (prefijo + QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString());
+}
+
 } // namespace
 
 std::string exportarPaquete(const std::string& destino, ProyectoTESKAL proyecto,
                             const std::vector<std::vector<std::string>>& rutasPorEspecialidad) {
-    const fs::path carpeta = fs::path(QDir::tempPath().toStdString()) /
-                             ("teskalpkg_" + QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString());
+    const fs::path carpeta = carpetaTemporal("teskalpkg_");
     std::error_code ec;
     fs::create_directories(carpeta / "modelos", ec);
     if (ec) return "No se pudo crear la carpeta temporal: " + describir(ec);
@@ -133,8 +139,7 @@ std::variant<std::pair<ProyectoTESKAL, std::string>, std::string> abrirPaquete(c
         if (linea.startsWith('l') && linea.size() > 10 && linea[1] != ' ')
             return "El paquete contiene un enlace simbólico: " + linea.section(' ', -1).toStdString();
 
-    const fs::path carpeta = fs::path(QDir::tempPath().toStdString()) /
-                             ("teskalpkg_open_" + QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString());
+    const fs::path carpeta = carpetaTemporal("teskalpkg_open_");
     std::error_code ec;
     fs::create_directories(carpeta, ec);
     if (ec) return "No se pudo crear la carpeta temporal: " + describir(ec);

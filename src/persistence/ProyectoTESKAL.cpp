@@ -19,11 +19,17 @@ QJsonObject aJson(const ModeloGuardado& m) {
     return o;
 }
 
+// A discipline's colour is a float in the workspace: written as its shortest
+// decimal (0.85, not 0.8500000238418579) and read back as that same float.
+QJsonValue jsonColor(double componente) {
+    return jsonFloat(static_cast<float>(componente));
+}
+
 QJsonObject aJson(const EspecialidadGuardada& e) {
     QJsonArray modelos;
     for (const auto& m : e.modelos) modelos.append(aJson(m));
     return {{"key", jsonTexto(e.key)},   {"nombre", jsonTexto(e.nombre)}, {"icono", jsonTexto(e.icono)},
-            {"colorR", e.colorR},        {"colorG", e.colorG},            {"colorB", e.colorB},
+            {"colorR", jsonColor(e.colorR)}, {"colorG", jsonColor(e.colorG)}, {"colorB", jsonColor(e.colorB)},
             {"isVisible", e.isVisible}, {"modelos", modelos}};
 }
 
@@ -65,8 +71,9 @@ ResultadoJson<ModeloGuardado> modeloDesdeJson(const QJsonValue& v, const std::st
 
 ResultadoJson<EspecialidadGuardada> especialidadDesdeJson(const QJsonValue& v, const std::string& ruta) {
     LectorJson l(v, "EspecialidadGuardada", ruta);
-    EspecialidadGuardada e{l.texto("key"),    l.texto("nombre"),      l.texto("icono"), l.numero("colorR"),
-                           l.numero("colorG"), l.numero("colorB"), l.booleano("isVisible"), {}};
+    EspecialidadGuardada e{l.texto("key"),         l.texto("nombre"),         l.texto("icono"),
+                           l.numeroFloat("colorR"), l.numeroFloat("colorG"), l.numeroFloat("colorB"),
+                           l.booleano("isVisible"), {}};
     e.modelos = l.lista("modelos", modeloDesdeJson);
     return l.resultado(std::move(e));
 }

@@ -19,5 +19,8 @@ inline constexpr Color amarillo{1.0f, 0.800f, 0.0f, 1.0f};
 inline constexpr Color gris{0.557f, 0.557f, 0.576f, 1.0f};
 inline constexpr Color negro{0.0f, 0.0f, 0.0f, 1.0f};
 inline constexpr Color blanco{1.0f, 1.0f, 1.0f, 1.0f};
+// Plain orange, the glow of the elements of the latest clash run: redder
+// than the system orange of the review state "En revisión".
+inline constexpr Color naranjaPuro{1.0f, 0.5f, 0.0f, 1.0f};
 
 } // namespace teskal::colores

@@ -26,6 +26,10 @@ std::vector<std::string> partesNombre(const std::string& nombre) {
 
 std::vector<FilaDetalle> filasDetalle(const ContentView& cv, const Node& nodo) {
     std::vector<FilaDetalle> filas;
+    // The element's IFC identity as the converter reported it; a node without
+    // one (a helper, or a group the converter did not name) shows a dash.
+    filas.push_back({"Clase IFC", nodo.claseIFC().empty() ? "—" : nodo.claseIFC()});
+    filas.push_back({"GlobalId", nodo.globalId().empty() ? "—" : nodo.globalId()});
     std::string nombre = "Sin nombre";
     if (nodo.name())
         nombre = *nodo.name();

@@ -97,7 +97,7 @@ void ViewportController::actualizarCercano(std::optional<double> anterior, std::
     } else if (!anterior) {
         return; // a camera that the user has moved is left alone
     } else {
-        const glm::vec3 tam = raiz.boundingBoxSin({nombreGrillasEscena}).tamano();
+        const glm::vec3 tam = raiz.boundingBoxSin({nombrePisoEscena, nombreGrillasEscena}).tamano();
         const float m = std::max({tam.x, tam.y, tam.z});
         cam.zNear = m > 0 ? std::max(m * 0.001f, 0.01f) : 0.01f;
     }

@@ -38,7 +38,8 @@ public:
     // Flies to a stored viewpoint with these clipping planes.
     void volarA(const glm::vec3& posicion, const glm::vec3& objetivo, float cercano, float lejano, int milisegundos);
     // Applies the near-plane override; when it has just gone, sets the near
-    // plane from the size of the scene under `raiz`, the grid lines left out.
+    // plane from the size of the elements under `raiz`: the floor and the
+    // grid lines are left out, so that a 5 km floor does not push it to 5 m.
     void actualizarCercano(std::optional<double> anterior, std::optional<double> actual, const Node& raiz);
 
     bool animando() const { return animacion_.state() == QAbstractAnimation::Running; }

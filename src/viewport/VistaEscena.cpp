@@ -39,7 +39,7 @@ bool ContentView::enInterferencia(const Node& nodo) const {
 void ContentView::seleccionarNodo(const std::shared_ptr<Node>& nuevo) {
     if (nodoSeleccionado && nodoSeleccionado->geometry())
         if (Material* m = nodoSeleccionado->geometry()->firstMaterial()) {
-            m->setEmission(enInterferencia(*nodoSeleccionado) ? colores::naranja : colores::negro);
+            m->setEmission(enInterferencia(*nodoSeleccionado) ? colores::naranjaPuro : colores::negro);
             if (diffuseOriginalSeleccionado) m->setDiffuse(*diffuseOriginalSeleccionado);
         }
     nodoSeleccionado = nuevo;

@@ -177,6 +177,8 @@ TEST(AnalisisInterferencias, hojaDeConfiguracion) {
 }
 
 TEST(AnalisisInterferencias, deteccionMarcasYRevision) {
+    // The marks are plain orange, not the system orange of "En revisión".
+    const Color naranja{1, 0.5f, 0, 1};
     Obra o;
     o.analizar("Primera");
     const AnalisisInterferencias& a = o.cv.historialAnalisis[0];
@@ -186,15 +188,15 @@ TEST(AnalisisInterferencias, deteccionMarcasYRevision) {
     EXPECT_EQ(a.interferencias[0].nombreA, "Muro 1");
     EXPECT_EQ(a.interferencias[0].nombreB, "Viga 2");
     EXPECT_TRUE(o.cv.analisisExpandidos.contains(a.id));
-    EXPECT_EQ(o.emision("Muro 1"), colores::naranja);
-    EXPECT_EQ(o.emision("Viga 2"), colores::naranja);
+    EXPECT_EQ(o.emision("Muro 1"), naranja);
+    EXPECT_EQ(o.emision("Viga 2"), naranja);
     EXPECT_EQ(o.emision("Pilar"), colores::negro);
     EXPECT_EQ(a.cuenta(EstadoClash::abierto), 1);
 
     // Selection returns a clashing element to orange, not black.
     o.cv.seleccionarNodo(o.nodo("Muro 1"));
     o.cv.seleccionarNodo(nullptr);
-    EXPECT_EQ(o.emision("Muro 1"), colores::naranja);
+    EXPECT_EQ(o.emision("Muro 1"), naranja);
 
     // Focus: deep orange and a flight to the stored viewpoint.
     o.cv.enfocarInterferencia(o.cv.interferencias[0]);
@@ -229,7 +231,7 @@ TEST(AnalisisInterferencias, deteccionMarcasYRevision) {
     o.cv.eliminarAnalisis();
     EXPECT_EQ(o.cv.historialAnalisis.size(), 3u);
     EXPECT_FALSE(o.cv.analisisPendienteEliminar);
-    EXPECT_EQ(o.emision("Muro 1"), colores::naranja);
+    EXPECT_EQ(o.emision("Muro 1"), naranja);
     EXPECT_EQ(o.cv.interferencias.size(), 1u);
 
     // A restored clash holds empty placeholders: the camera flies, nothing lights.
@@ -240,7 +242,7 @@ TEST(AnalisisInterferencias, deteccionMarcasYRevision) {
     o.cv.enfocarInterferencia(restaurada);
     o.cv.viewport.terminarAnimacion();
     EXPECT_EQ(o.camara->position(), glm::vec3(50, 60, 70));
-    EXPECT_EQ(o.emision("Muro 1"), colores::naranja);
+    EXPECT_EQ(o.emision("Muro 1"), naranja);
 
     // Unlinking a model clears the clash marks.
     o.cv.pedirEliminarModelo("EST", o.cv.especialidades.at("EST").modelos[0].id);

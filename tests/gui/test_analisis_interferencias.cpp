@@ -1,6 +1,7 @@
-// A clash analysis from the window under Xvfb: the sheet, the run, the
-// history row with its count, the orange elements in the view and the alert
-// that deletes an analysis.
+// A clash analysis from the window under Xvfb: the command's reason while
+// disabled, the sheet and its ways out, the run, the history row with its
+// count, the orange elements in the view and the alert that deletes an
+// analysis.
 #include "analyses/clash/ui/DialogoConfigAnalisis.h"
 #include "app/ui/VentanaPrincipal.h"
 #include "federation/CargaOBJ.h"
@@ -14,6 +15,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QtTest>
 
@@ -42,7 +44,8 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&ventana));
         auto* nueva = ventana.findChild<QPushButton*>(QStringLiteral("nuevaDeteccion"));
         QVERIFY(nueva);
-        QVERIFY(!nueva->isEnabled()); // fewer than two disciplines with models
+        QVERIFY(!nueva->isEnabled()); // fewer than two disciplines with models, as its tooltip says
+        QCOMPARE(nueva->toolTip(), QStringLiteral("Se necesitan modelos vinculados en al menos dos especialidades"));
 
         // A slab 4 m square in ARQ, a beam through it in EST. Dark colours, so
         // that the orange of a clash does not wash out to white.
@@ -51,9 +54,34 @@ private slots:
         vincular(cv, "ARQ", "v -2 -2 0.8\nv 2 -2 0.8\nv 2 2 1.2\nv -2 2 1.2\ng Losa\nf 1 2 3 4\n");
         vincular(cv, "EST", "v -0.5 -3 0.5\nv 0.5 3 0.5\nv 0.5 3 1.5\nv -0.5 -3 1.5\ng Viga\nf 1 2 3 4\n");
         QTRY_VERIFY((nueva = ventana.findChild<QPushButton*>(QStringLiteral("nuevaDeteccion"))) && nueva->isEnabled());
+        QVERIFY(nueva->toolTip().isEmpty());
+
+        // Escape and the close box close the sheet for good, as "Cancelar":
+        // the next change of the workspace does not bring it back.
+        auto hojaVisible = [&ventana] {
+            auto* h = ventana.findChild<DialogoConfigAnalisis*>();
+            return h && h->isVisible() ? h : nullptr;
+        };
+        for (const bool escape : {true, false}) {
+            QTRY_VERIFY((nueva = ventana.findChild<QPushButton*>(QStringLiteral("nuevaDeteccion"))) != nullptr);
+            nueva->click();
+            QPointer<DialogoConfigAnalisis> abierta;
+            QTRY_VERIFY((abierta = hojaVisible()) != nullptr);
+            if (escape)
+                QTest::keyClick(abierta, Qt::Key_Escape);
+            else
+                abierta->close();
+            QTRY_VERIFY(!abierta || !abierta->isVisible());
+            QVERIFY2(!cv.mostrarConfigAnalisis, escape ? "Escape" : "cierre");
+            emit cv.changed();
+            QTest::qWait(50);
+            QVERIFY2(!hojaVisible(), escape ? "Escape" : "cierre");
+        }
+
+        QTRY_VERIFY((nueva = ventana.findChild<QPushButton*>(QStringLiteral("nuevaDeteccion"))) != nullptr);
         nueva->click();
         DialogoConfigAnalisis* hoja = nullptr;
-        QTRY_VERIFY((hoja = ventana.findChild<DialogoConfigAnalisis*>()) != nullptr);
+        QTRY_VERIFY((hoja = hojaVisible()) != nullptr);
         QCOMPARE(hoja->windowTitle(), QStringLiteral("Configurar Análisis de Interferencias"));
         auto* iniciar = hoja->findChild<QPushButton*>(QStringLiteral("iniciarAnalisis"));
         QVERIFY(iniciar->isEnabled());

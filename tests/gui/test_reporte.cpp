@@ -1,7 +1,8 @@
 // Clash reports on real OpenGL (Mesa under Xvfb): thumbnails rendered
 // offscreen and checked where the two elements project, the report window
 // before and after its thumbnails, the windows that "Ver Reporte" opens, and
-// the HTML file handed to the browser or the alert when it can't be written.
+// the HTML file handed to the browser or the alert when it can't be written,
+// and the review states that follow the sidebar into the page and the BCF.
 #include "../lector_bcf.h"
 #include "analyses/clash/EscenaThumbnail.h"
 #include "analyses/clash/ReporteHTML.h"
@@ -337,21 +338,26 @@ private slots:
         alerta->close();
         QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
 
-        // Cancelling the BCF save panel shows the failure.
+        // Cancelling the BCF save panel is no failure: no outcome shows.
         auto* boton = hijo<QPushButton>(v, "exportarBCF");
         auto* resultado = hijo(v, "resultadoBCF");
         std::optional<bool> terminado;
+        bool cancelado = false;
         connect(&v, &ReporteAnalisisView::bcfTerminado, this, [&](bool ok) { terminado = ok; });
+        connect(&v, &ReporteAnalisisView::bcfCancelado, this, [&] { cancelado = true; });
         boton->click();
         QVERIFY(v.exportandoBCF() && !boton->isEnabled() && !resultado->isVisible());
         QFileDialog* panel = nullptr;
         QTRY_VERIFY((panel = panelBCF()) != nullptr);
         panel->reject();
-        QTRY_COMPARE(terminado, std::optional<bool>(false));
-        QCOMPARE(v.bcfExito(), std::optional<bool>(false));
-        QVERIFY(!v.exportandoBCF() && boton->isEnabled() && resultado->isVisible());
-        QCOMPARE(resultado->findChildren<QLabel*>().last()->text(),
-                 QStringLiteral("Error al exportar"));
+        QTRY_VERIFY(cancelado);
+        QVERIFY(!terminado && !v.bcfExito());
+        QVERIFY(!v.exportandoBCF() && boton->isEnabled() && !resultado->isVisible());
+
+        // A state changed after the window opened reaches the archive.
+        AnalisisInterferencias vivo = v.analisis();
+        vivo.interferencias[1].estado = EstadoClash::enRevision;
+        v.seguirEstados(vivo);
 
         // Saving it: the outcome turns to success, and the archive carries the
         // two thumbnails as the snapshots of their topics.
@@ -388,6 +394,8 @@ private slots:
         const QJsonArray temas = leido.datos[QStringLiteral("temas")].toArray();
         QCOMPARE(temas.size(), 2);
         QCOMPARE(temas[0][QStringLiteral("titulo")].toString(), QStringLiteral("A&B ↔ <C>"));
+        QCOMPARE(temas[0][QStringLiteral("estado")].toString(), QStringLiteral("Open"));
+        QCOMPARE(temas[1][QStringLiteral("estado")].toString(), QStringLiteral("InProgress"));
         for (int k = 0; k < 2; ++k)
             QCOMPARE(temas[k][QStringLiteral("vistas")][0][QStringLiteral("snapshot")].toString(),
                      QString::fromLatin1(snapshots[k]));
@@ -416,10 +424,15 @@ private slots:
         QVERIFY(reporte);
         QTRY_COMPARE(reporte->thumbnails().size(), std::size_t(1));
 
-        // A report is a snapshot: a later change of state does not reach it;
-        // a second window of the same analysis is independent.
+        // The window follows a change of state while it is open: the badge,
+        // the cards and the foot. A second window of the analysis is its own.
         cv.cambiarEstado(0, 0, EstadoClash::resuelto);
-        QCOMPARE(reporte->analisis().interferencias[0].estado, EstadoClash::abierto);
+        QCOMPARE(reporte->analisis().interferencias[0].estado, EstadoClash::resuelto);
+        QCOMPARE(texto(*reporte, "estado_ID-1"), QStringLiteral("Resuelto"));
+        QCOMPARE(texto(*hijo(*reporte, "tarjetaAbiertos"), "numero"), QStringLiteral("0"));
+        QCOMPARE(texto(*hijo(*reporte, "tarjetaResueltos"), "numero"), QStringLiteral("1"));
+        QCOMPARE(texto(*reporte, "pieCuentas"),
+                 QStringLiteral("Total interferencias: 1  ·  Resueltas: 1  ·  Pendientes: 0"));
         QTRY_VERIFY((boton = hijo<QToolButton>(ventana, "verReporte")) != nullptr);
         boton->click();
         QCOMPARE(ventana.reportWindows().size(), std::size_t(2));

@@ -15,6 +15,7 @@
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTemporaryFile>
+#include <QToolButton>
 #include <QtTest>
 
 using namespace teskal;
@@ -113,7 +114,15 @@ private slots:
         b.cv.fileName = "muros.ifc";
         b.cv.integrarModelo(std::move(m), "/x/muros.ifc", "/no/existe.obj");
         QTRY_VERIFY(b.textosBarraLateral().contains(QStringLiteral("muros.ifc")));
-        b.cv.pedirEliminarModelo("ARQ", b.cv.especialidades.at("ARQ").modelos[0].id);
+        // The row's own control reads "Desvincular", the long form its tooltip.
+        const QString fila = QString::fromStdString("modelo_" + b.cv.especialidades.at("ARQ").modelos[0].id);
+        QToolButton* desvincular = nullptr;
+        QTRY_VERIFY(b.ventana.findChild<QWidget*>(fila) &&
+                    (desvincular = b.ventana.findChild<QWidget*>(fila)->findChild<QToolButton*>(
+                         QStringLiteral("desvincularModelo"))) != nullptr);
+        QCOMPARE(desvincular->text(), QStringLiteral("Desvincular"));
+        QCOMPARE(desvincular->toolTip(), QStringLiteral("Eliminar modelo vinculado"));
+        desvincular->click();
         QMessageBox* eliminar = nullptr;
         QTRY_VERIFY((eliminar = b.ventana.findChild<QMessageBox*>(QStringLiteral("alertaEliminarModelo"))) != nullptr);
         QCOMPARE(eliminar->windowTitle(), QStringLiteral("Eliminar modelo"));

@@ -15,6 +15,7 @@
 #include <QJsonDocument>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QUuid>
 #include <QThread>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -37,9 +38,10 @@ QStringList claves(const QJsonObject& o) {
 ProyectoTESKAL proyectoDePrueba() {
     ProyectoTESKAL p;
     p.ordenEspecialidades = {"ARQ", "EST"};
-    p.especialidades = {{"ARQ", "Arquitectura", "building.2", 0.85, 0.85, 0.85, true,
+    // Colours as the workspace gives them: floats.
+    p.especialidades = {{"ARQ", "Arquitectura", "building.2", 0.85f, 0.85f, 0.85f, true,
                          {{"casa.ifc", "/x/casa.ifc", std::nullopt, false, 0.25}}},
-                        {"EST", "Estructura", "square.3.layers.3d", 0.6, 0.6, 0.6, false, {}}};
+                        {"EST", "Estructura", "square.3.layers.3d", 0.6f, 0.6f, 0.6f, false, {}}};
     AnalisisGuardado a{"0B8F1A9C-3D2E-4F60-9A1B-2C3D4E5F6A7B", "Análisis 1",
                        QDateTime(QDate(2026, 11, 23), QTime(10, 20, 30), Qt::UTC), 0.02, {}};
     a.interferencias.push_back({"1C2D3E4F-5A6B-7C8D-9E0F-A1B2C3D4E5F6", "Muro 1", "ARQ", "Viga 2", "EST",
@@ -55,6 +57,8 @@ TEST(DocumentoProyecto, codificacionYDecodificacion) {
     EXPECT_TRUE(json.contains("\n    \""));
     EXPECT_TRUE(json.contains("\"fecha\": \"2026-11-23T10:20:30Z\""));
     EXPECT_FALSE(json.contains("rutaRelativa"));
+    // A colour is the float's shortest decimal.
+    EXPECT_TRUE(json.contains("\"colorR\": 0.85,")) << json.constData();
     EXPECT_LT(json.indexOf("\"especialidades\""), json.indexOf("\"historialAnalisis\""));
     const QJsonObject raiz = QJsonDocument::fromJson(json).object();
     EXPECT_EQ(claves(raiz), (QStringList{"especialidades", "historialAnalisis", "ordenEspecialidades", "version"}));
@@ -295,7 +299,12 @@ TEST(Paquete, exportarYAbrirConZipUnzipYConversor) {
     const ModeloVinculado& est = otro.especialidades.at("EST").modelos[0];
     EXPECT_EQ(est.nombre, "modelo.ifc");
     EXPECT_DOUBLE_EQ(est.transparencia, 0.5);
-    EXPECT_NE(est.rutaOrigen->find("teskalpkg_open_"), std::string::npos);
+    // The extraction folder: "teskalpkg_open_" and an upper-case UUID.
+    const std::size_t prefijo = est.rutaOrigen->find("teskalpkg_open_");
+    ASSERT_NE(prefijo, std::string::npos);
+    const QString uuid = QString::fromStdString(est.rutaOrigen->substr(prefijo + 15, 36));
+    EXPECT_FALSE(QUuid::fromString(uuid).isNull()) << uuid.toStdString();
+    EXPECT_EQ(uuid, uuid.toUpper());
     EXPECT_NE(est.rutaOrigen->find("modelos/modelo_1.ifc"), std::string::npos);
     EXPECT_FALSE(otro.propiedadesIFC["ARQ"].empty());
     ASSERT_EQ(otro.historialAnalisis.size(), 1u);

@@ -203,14 +203,18 @@ TEST(Camara, planoCercanoDelCorte) {
     EXPECT_TRUE(b.cv.modoCorteCamara);
     EXPECT_FALSE(b.cv.mostrarPopoverCorte);
     b.cv.fijarModoCorte(false);
-    // With no elements a grid is drawn whole: 20 km that the size leaves out.
+    // The override has just gone: the near plane comes from the elements'
+    // size (11 m here), not from the 5000 m floor nor from the value before.
+    ASSERT_TRUE(raiz.childNodeWithName(std::string(nombrePisoEscena), false));
+    v.actualizarCercano(0.05, b.cv.nearClipOverride(), raiz);
+    EXPECT_FLOAT_EQ(b.camara->camera()->zNear, 0.011f);
+    // With no elements a grid is drawn whole: 20 km that the size leaves out
+    // too, and the near plane falls to its least.
     b.cv.grillasIFC = {{"1", "A", true, {{-10000, 0, 0}, {10000, 0, 0}}}};
     b.cv.desvincularTodos("ARQ");
     ASSERT_TRUE(b.cv.nodoGrillasIFC);
-    // The override has just gone: the near plane comes from the scene's size,
-    // the floor of 5000 m included, not from the value before the cut.
     v.actualizarCercano(0.05, b.cv.nearClipOverride(), raiz);
-    EXPECT_FLOAT_EQ(b.camara->camera()->zNear, 5.0f);
+    EXPECT_FLOAT_EQ(b.camara->camera()->zNear, 0.01f);
 }
 
 TEST(Seleccion, resaltadoYRestauracion) {
@@ -264,8 +268,13 @@ TEST(Seleccion, resaltadoYRestauracion) {
 TEST(PanelDetalle, filasDelElemento) {
     Banco b;
     b.vincular("ARQ", dosCajas);
+    // The wall as the converter reports it: its GlobalId keys its properties.
+    b.elemento("IFCWALL/Muro 1")->setIdentidadIFC("2O2Fr$t4X7Zf8NOew3FLOH", "IfcWallStandardCase");
+    b.cv.propiedadesPorGlobalId["ARQ"]["2O2Fr$t4X7Zf8NOew3FLOH"] = b.cv.propiedadesIFC["ARQ"]["IFCWALL/Muro 1"];
     const auto filas = filasDetalle(b.cv, *b.elemento("IFCWALL/Muro 1"));
     const std::vector<FilaDetalle> esperadas = {
+        {"Clase IFC", "IfcWallStandardCase"},
+        {"GlobalId", "2O2Fr$t4X7Zf8NOew3FLOH"},
         {"Tipo IFC", "IFCWALL"},
         {"Nombre", "Muro 1"},
         {"Especialidad", "Arquitectura"},
@@ -280,18 +289,21 @@ TEST(PanelDetalle, filasDelElemento) {
     };
     EXPECT_EQ(filas, esperadas);
 
-    // One part: "Elemento"; no entry: no heading and nothing after.
+    // No identity: a dash in both rows. One part: "Elemento"; no entry: no
+    // heading and nothing after.
     const auto pilar = filasDetalle(b.cv, *b.elemento("Pilar"));
-    ASSERT_EQ(pilar.size(), 6u);
-    EXPECT_EQ(pilar[0], (FilaDetalle{"Elemento", "Pilar"}));
+    ASSERT_EQ(pilar.size(), 8u);
+    EXPECT_EQ(pilar[0], (FilaDetalle{"Clase IFC", "—"}));
+    EXPECT_EQ(pilar[1], (FilaDetalle{"GlobalId", "—"}));
+    EXPECT_EQ(pilar[2], (FilaDetalle{"Elemento", "Pilar"}));
     EXPECT_EQ(pilar.back().etiqueta, "Interferencia");
 
     // "a/b/c" takes the first two parts; "/x" has one part.
     auto nodo = Node::crear("a/b/c");
-    EXPECT_EQ(filasDetalle(b.cv, *nodo)[0], (FilaDetalle{"Tipo IFC", "a"}));
-    EXPECT_EQ(filasDetalle(b.cv, *nodo)[1], (FilaDetalle{"Nombre", "b"}));
-    EXPECT_EQ(filasDetalle(b.cv, *Node::crear("/x"))[0], (FilaDetalle{"Elemento", "/x"}));
-    EXPECT_EQ(filasDetalle(b.cv, *Node::crear())[0], (FilaDetalle{"Elemento", "Sin nombre"}));
+    EXPECT_EQ(filasDetalle(b.cv, *nodo)[2], (FilaDetalle{"Tipo IFC", "a"}));
+    EXPECT_EQ(filasDetalle(b.cv, *nodo)[3], (FilaDetalle{"Nombre", "b"}));
+    EXPECT_EQ(filasDetalle(b.cv, *Node::crear("/x"))[2], (FilaDetalle{"Elemento", "/x"}));
+    EXPECT_EQ(filasDetalle(b.cv, *Node::crear())[2], (FilaDetalle{"Elemento", "Sin nombre"}));
 }
 
 } // namespace

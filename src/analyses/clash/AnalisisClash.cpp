@@ -116,12 +116,12 @@ void ContentView::registrarAnalisis(const std::string& nombre, std::vector<Inter
     std::unordered_set<Node*> marcados;
     for (const auto& i : interferencias)
         for (const auto* n : {&i.nodoA, &i.nodoB})
-            if (*n && marcados.insert(n->get()).second) fijarEmision(*n, colores::naranja);
+            if (*n && marcados.insert(n->get()).second) fijarEmision(*n, colores::naranjaPuro);
     emit changed();
 }
 
 void ContentView::restaurarDestacados() {
-    for (const auto& n : nodosDestacadosHistorial) fijarEmision(n, n && enInterferencia(*n) ? colores::naranja : colores::negro);
+    for (const auto& n : nodosDestacadosHistorial) fijarEmision(n, n && enInterferencia(*n) ? colores::naranjaPuro : colores::negro);
     nodosDestacadosHistorial.clear();
 }
 

@@ -379,6 +379,10 @@ void VentanaPrincipal::abrirReporte(const AnalisisInterferencias& analisis) {
     ventana->resize(820, 700);
     if (const QScreen* pantalla = screen())
         ventana->move(pantalla->availableGeometry().center() - ventana->rect().center());
+    // The window follows the review states of its analysis while it is open.
+    connect(&cv_, &ContentView::changed, ventana.get(), [this, w = ventana.get()] {
+        for (const AnalisisInterferencias& a : cv_.historialAnalisis) w->seguirEstados(a);
+    });
     ventana->show();
     reportWindows_.push_back(std::move(ventana));
 }

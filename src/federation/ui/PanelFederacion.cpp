@@ -95,6 +95,7 @@ QWidget* PanelFederacion::filaEspecialidad(const std::string& clave) {
     ojo->setObjectName(QStringLiteral("ojoEspecialidad"));
     if (!e.nodoRaiz) {
         ojo->setEnabled(false);
+        ojo->setToolTip(QStringLiteral("Sin modelos vinculados: vincula un IFC para mostrar u ocultar la especialidad"));
         auto* efecto = new QGraphicsOpacityEffect(ojo);
         efecto->setOpacity(0.3);
         ojo->setGraphicsEffect(efecto);
@@ -173,6 +174,14 @@ QWidget* PanelFederacion::filaModelo(const std::string& clave, const std::string
     llenarMenuModelo(*menu, clave, id);
     mas->setMenu(menu);
     h->addWidget(mas);
+
+    // The row's own delete control shows the short form; the menus the long one.
+    auto* desvincular = botonIcono("trash", QStringLiteral("Eliminar modelo vinculado"), fila);
+    desvincular->setObjectName(QStringLiteral("desvincularModelo"));
+    desvincular->setText(QStringLiteral("Desvincular"));
+    desvincular->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    connect(desvincular, &QToolButton::clicked, this, [this, clave, id] { cv_.pedirEliminarModelo(clave, id); });
+    h->addWidget(desvincular);
 
     fila->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(fila, &QWidget::customContextMenuRequested, this, [this, clave, id, fila](const QPoint& p) {

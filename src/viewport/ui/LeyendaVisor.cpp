@@ -79,13 +79,13 @@ void LeyendaVisor::reconstruir() {
         auto* cabecera = new QLabel(QStringLiteral("Colisiones"), contenido_);
         cabecera->setObjectName(QStringLiteral("leyendaColisiones"));
         cabecera->setStyleSheet(QStringLiteral("font-weight: bold; color: %1;")
-                                    .arg(QColor::fromRgbF(colores::naranja.r, colores::naranja.g, colores::naranja.b).name()));
+                                    .arg(QColor::fromRgbF(colores::naranjaPuro.r, colores::naranjaPuro.g, colores::naranjaPuro.b).name()));
         v->addWidget(cabecera);
         std::set<std::string> pares;
         for (const auto& i : cv_.interferencias) pares.insert(i.especialidadA + " ↔ " + i.especialidadB);
         for (const auto& par : pares) {
             auto* fila = new QHBoxLayout;
-            fila->addWidget(muestraColor(colores::naranja, 6, contenido_));
+            fila->addWidget(muestraColor(colores::naranjaPuro, 6, contenido_));
             fila->addWidget(new QLabel(q(par), contenido_), 1);
             v->addLayout(fila);
         }

@@ -12,7 +12,8 @@ QString filtroBCF(FormaBCF forma) {
                : QStringLiteral("BCF 2.1 — formato literal TESKAL (*.bcf *.bcfzip)");
 }
 
-void guardarBCF(QWidget* padre, const ArchivosBCF& archivos, BCFExporter::Completion completion) {
+void guardarBCF(QWidget* padre, const ArchivosBCF& archivos, BCFExporter::Completion completion,
+                std::function<void()> alCancelar) {
     const QString mensaje = QStringLiteral("Guardar informe BCF 2.1");
     auto* dialogo = new QFileDialog(padre, mensaje);
     dialogo->setObjectName(QStringLiteral("panelBCF"));
@@ -31,10 +32,11 @@ void guardarBCF(QWidget* padre, const ArchivosBCF& archivos, BCFExporter::Comple
         rejilla->addWidget(texto, rejilla->rowCount(), 0, 1, -1);
     }
     QObject::connect(dialogo, &QFileDialog::finished, dialogo,
-                     [dialogo, archivos, completion = std::move(completion)](int resultado) {
+                     [dialogo, archivos, completion = std::move(completion),
+                      alCancelar = std::move(alCancelar)](int resultado) {
                          const QStringList elegidos = dialogo->selectedFiles();
                          if (resultado != QDialog::Accepted || elegidos.isEmpty()) {
-                             completion(false);
+                             if (alCancelar) alCancelar();
                              return;
                          }
                          const FormaBCF forma =

@@ -3,6 +3,7 @@
 #include "analyses/bcf/BCFExporter.h"
 
 #include <QString>
+#include <functional>
 
 class QWidget;
 
@@ -16,8 +17,10 @@ QString filtroBCF(FormaBCF forma);
 // types, `archivos.nombre` as the suggested file name and the message
 // "Guardar informe BCF 2.1". On confirmation the archive of the chosen type
 // is copied to the chosen place, replacing what stands there, and completion
-// reports whether the copy worked; a cancelled panel reports false. Returns
-// at once: the dialog (object name "panelBCF") lives until it closes.
-void guardarBCF(QWidget* padre, const ArchivosBCF& archivos, BCFExporter::Completion completion);
+// reports whether the copy worked; a cancelled panel calls `alCancelar`
+// instead, as the user chose not to save. Returns at once: the dialog (object
+// name "panelBCF") lives until it closes.
+void guardarBCF(QWidget* padre, const ArchivosBCF& archivos, BCFExporter::Completion completion,
+                std::function<void()> alCancelar);
 
 } // namespace teskal

@@ -102,10 +102,7 @@ DialogoConfigAnalisis::DialogoConfigAnalisis(ContentView& cv, QWidget* parent) :
     iniciar_ = botones->addButton(QStringLiteral("Iniciar análisis"), QDialogButtonBox::AcceptRole);
     iniciar_->setObjectName(QStringLiteral("iniciarAnalisis"));
     iniciar_->setDefault(true);
-    connect(botones, &QDialogButtonBox::rejected, this, [this] {
-        cv_.cancelarConfigAnalisis();
-        reject();
-    });
+    connect(botones, &QDialogButtonBox::rejected, this, &DialogoConfigAnalisis::reject);
     connect(botones, &QDialogButtonBox::accepted, this, [this] {
         cv_.mostrarConfigAnalisis = false;
         accept();
@@ -113,6 +110,11 @@ DialogoConfigAnalisis::DialogoConfigAnalisis(ContentView& cv, QWidget* parent) :
     });
     v->addWidget(botones);
     actualizarBoton();
+}
+
+void DialogoConfigAnalisis::reject() {
+    cv_.cancelarConfigAnalisis();
+    QDialog::reject();
 }
 
 void DialogoConfigAnalisis::actualizarBoton() {

@@ -10,11 +10,15 @@ namespace teskal {
 class ContentView;
 
 // The sheet "Configurar Análisis de Interferencias": name, tolerance, the
-// discipline pairs to search and the exclusion of closed pairs.
+// discipline pairs to search and the exclusion of closed pairs. "Cancelar",
+// Escape and the close box all close it for good: the pending sheet is
+// cleared, so the next change of the workspace does not open it again.
 class DialogoConfigAnalisis : public QDialog {
     Q_OBJECT
 public:
     DialogoConfigAnalisis(ContentView& cv, QWidget* parent);
+
+    void reject() override;
 
 private:
     void actualizarBoton();

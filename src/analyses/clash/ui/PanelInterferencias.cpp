@@ -62,6 +62,9 @@ void PanelInterferencias::reconstruir() {
                                       contenido_);
         nueva->setObjectName(QStringLiteral("nuevaDeteccion"));
         nueva->setEnabled(cv_.puedeDetectar());
+        // A disabled command says why.
+        if (!nueva->isEnabled())
+            nueva->setToolTip(QStringLiteral("Se necesitan modelos vinculados en al menos dos especialidades"));
         connect(nueva, &QPushButton::clicked, this, [this] { cv_.abrirConfigAnalisis(); });
         v->addWidget(nueva, 0, Qt::AlignLeft);
     }

@@ -103,9 +103,11 @@ void ReporteAnalisisView::showEvent(QShowEvent* evento) {
 }
 
 void ReporteAnalisisView::sincronizar() {
-    const bool esperando = thumbnails_.empty() && !analisis_.interferencias.empty();
+    const bool esperando = !thumbnailsTerminados_ && !analisis_.interferencias.empty();
     aviso_->setVisible(esperando);
     botonHTML_->setEnabled(!esperando);
+    botonHTML_->setToolTip(esperando ? QStringLiteral("Disponible cuando terminen de generarse las vistas")
+                                     : QString());
     botonBCF_->setEnabled(!exportandoBCF_);
     giroBCF_->setVisible(exportandoBCF_);
     resultado_->setVisible(bcfExito_.has_value());
@@ -122,7 +124,10 @@ void ReporteAnalisisView::sincronizar() {
 
 void ReporteAnalisisView::generarThumbnails() {
     RenderizadorImagenes renderizador;
+    // Without an OpenGL context no image comes out: the report then goes on
+    // without its views.
     thumbnails_ = renderThumbnails(analisis_, scene_, renderizador);
+    thumbnailsTerminados_ = true;
     png_.reset();
     pagina_->setThumbnails(thumbnails_);
     sincronizar();
@@ -152,7 +157,34 @@ void ReporteAnalisisView::generarHTML() {
         alerta->show();
         return;
     }
-    QDesktopServices::openUrl(QUrl::fromLocalFile(ruta));
+    if (QDesktopServices::openUrl(QUrl::fromLocalFile(ruta))) return;
+    auto* alerta = new QMessageBox(QMessageBox::Warning, QStringLiteral("Error"),
+                                   QStringLiteral("No se pudo abrir el reporte"), QMessageBox::Ok, this);
+    alerta->setObjectName(QStringLiteral("alertaAbrirReporte"));
+    alerta->setAttribute(Qt::WA_DeleteOnClose);
+    alerta->setInformativeText(
+        QStringLiteral("El escritorio no tiene un programa para abrir archivos HTML. El reporte se guardó en "
+                       "«%1»: ábrelo con un navegador para imprimirlo o guardarlo como PDF.")
+            .arg(QDir::toNativeSeparators(ruta)));
+    alerta->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    alerta->setWindowModality(Qt::ApplicationModal);
+    alerta->show();
+}
+
+void ReporteAnalisisView::seguirEstados(const AnalisisInterferencias& vivo) {
+    if (vivo.id != analisis_.id) return;
+    // The history keeps an analysis's clashes in their order: each is matched
+    // at its own place, and its id confirms it.
+    bool cambio = false;
+    for (std::size_t k = 0; k < analisis_.interferencias.size() && k < vivo.interferencias.size(); ++k) {
+        Interferencia& i = analisis_.interferencias[k];
+        const Interferencia& v = vivo.interferencias[k];
+        if (v.id == i.id && v.estado != i.estado) {
+            i.estado = v.estado;
+            cambio = true;
+        }
+    }
+    if (cambio) pagina_->setEstados(analisis_);
 }
 
 void ReporteAnalisisView::exportarBCF() {
@@ -165,7 +197,13 @@ void ReporteAnalisisView::exportarBCF() {
     exportador.exportar(
         [ventana](const ArchivosBCF& archivos, BCFExporter::Completion completion) {
             if (!ventana) return completion(false);
-            guardarBCF(ventana, archivos, std::move(completion));
+            // A cancelled panel is no failure: the bar shows no outcome.
+            guardarBCF(ventana, archivos, std::move(completion), [ventana] {
+                if (!ventana) return;
+                ventana->exportandoBCF_ = false;
+                ventana->sincronizar();
+                emit ventana->bcfCancelado();
+            });
         },
         [ventana](bool exito) {
             if (!ventana) return;

@@ -49,6 +49,19 @@ QWidget* iconoCon(const std::string& simbolo, const QString& texto, const QStrin
     return w;
 }
 
+// The badge of a review state: its text in the state's own colour on a light
+// wash of it.
+void pintarEstado(QLabel* badge, EstadoClash estado) {
+    const Color c = colorEstado(estado);
+    badge->setText(q(textoEstado(estado)));
+    badge->setStyleSheet(QStringLiteral("background: rgba(%1, %2, %3, 40); color: %4; font-size: 10px; "
+                                        "font-weight: bold; padding: 2px 8px; border-radius: 4px;")
+                             .arg(int(c.r * 255))
+                             .arg(int(c.g * 255))
+                             .arg(int(c.b * 255))
+                             .arg(css(c)));
+}
+
 } // namespace
 
 // The "Vista 3D" cell: the thumbnail cropped to fill the frame, or a spinner
@@ -191,6 +204,7 @@ QWidget* ReporteContenidoView::tarjetas() {
         auto* numero = etiqueta(QString::number(t.n),
                                 QStringLiteral("font-size: 26px; font-weight: bold;"), tarjeta);
         numero->setObjectName(QStringLiteral("numero"));
+        numeros_.push_back(numero);
         v->addWidget(numero, 0, Qt::AlignHCenter);
         v->addWidget(etiqueta(QString::fromUtf8(t.etiqueta),
                               QStringLiteral("font-size: 10px; color: #666;"), tarjeta),
@@ -235,17 +249,9 @@ QWidget* ReporteContenidoView::tabla() {
         nombreB->setWordWrap(true);
         g->addWidget(nombreB, fila, 4);
         g->addWidget(etiqueta(q(i.especialidadB), QStringLiteral("color: #666;"), marco), fila, 5);
-        // The state's own colour on a light wash of it.
-        const Color c = colorEstado(i.estado);
-        auto* badge =
-            etiqueta(q(textoEstado(i.estado)),
-                     QStringLiteral("background: rgba(%1, %2, %3, 40); color: %4; font-size: 10px; "
-                                    "font-weight: bold; padding: 2px 8px; border-radius: 4px;")
-                         .arg(int(c.r * 255))
-                         .arg(int(c.g * 255))
-                         .arg(int(c.b * 255))
-                         .arg(css(c)),
-                     marco);
+        auto* badge = etiqueta(QString(), QString(), marco);
+        pintarEstado(badge, i.estado);
+        estados_.push_back(badge);
         badge->setObjectName(q("estado_" + i.id));
         g->addWidget(badge, fila, 6, Qt::AlignLeft | Qt::AlignVCenter);
         ++fila;
@@ -256,24 +262,38 @@ QWidget* ReporteContenidoView::tabla() {
 }
 
 QWidget* ReporteContenidoView::pie() {
-    const CuentasReporte c = cuentasReporte(analisis_);
     auto* marco = new QWidget(this);
     auto* v = new QVBoxLayout(marco);
     v->setContentsMargins(0, 8, 0, 0);
     v->setSpacing(2);
-    auto* cuentas =
-        etiqueta(QStringLiteral("Total interferencias: %1  ·  Resueltas: %2  ·  Pendientes: %3")
-                     .arg(c.total)
-                     .arg(c.resueltos)
-                     .arg(c.pendientes()),
-                 QStringLiteral("font-size: 11px; color: #555;"), marco);
-    cuentas->setObjectName(QStringLiteral("pieCuentas"));
-    v->addWidget(cuentas, 0, Qt::AlignRight);
+    cuentasPie_ = etiqueta(QString(), QStringLiteral("font-size: 11px; color: #555;"), marco);
+    cuentasPie_->setObjectName(QStringLiteral("pieCuentas"));
+    v->addWidget(cuentasPie_, 0, Qt::AlignRight);
     auto* generado =
         etiqueta(QStringLiteral("Generado por VORNEL · ") + textoFechaReporte(analisis_.fecha),
                  QStringLiteral("font-size: 10px; color: #999;"), marco);
     v->addWidget(generado, 0, Qt::AlignRight);
+    mostrarCuentas();
     return marco;
+}
+
+void ReporteContenidoView::mostrarCuentas() {
+    const CuentasReporte c = cuentasReporte(analisis_);
+    const int porTarjeta[] = {c.total, c.abiertos, c.enRevision, c.aprobados, c.resueltos};
+    for (std::size_t k = 0; k < numeros_.size() && k < std::size(porTarjeta); ++k)
+        numeros_[k]->setText(QString::number(porTarjeta[k]));
+    cuentasPie_->setText(QStringLiteral("Total interferencias: %1  ·  Resueltas: %2  ·  Pendientes: %3")
+                             .arg(c.total)
+                             .arg(c.resueltos)
+                             .arg(c.pendientes()));
+}
+
+void ReporteContenidoView::setEstados(const AnalisisInterferencias& analisis) {
+    for (std::size_t k = 0; k < analisis_.interferencias.size() && k < analisis.interferencias.size(); ++k) {
+        analisis_.interferencias[k].estado = analisis.interferencias[k].estado;
+        pintarEstado(estados_[k], analisis_.interferencias[k].estado);
+    }
+    mostrarCuentas();
 }
 
 void ReporteContenidoView::setThumbnails(const std::map<std::string, QImage>& thumbnails) {

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+class QLabel;
+
 namespace teskal {
 
 class CeldaVista;
@@ -21,15 +23,22 @@ public:
 
     // Shows these thumbnails (by clash id) in the "Vista 3D" column.
     void setThumbnails(const std::map<std::string, QImage>& thumbnails);
+    // Shows the review states of `analisis`, the page's own analysis with
+    // states changed since: the badges, the cards and the counts of the foot.
+    void setEstados(const AnalisisInterferencias& analisis);
 
 private:
     QWidget* cabecera();
     QWidget* tarjetas();
     QWidget* tabla();
     QWidget* pie();
+    void mostrarCuentas();
 
     AnalisisInterferencias analisis_;
     std::vector<CeldaVista*> celdas_; // one per clash, in list order
+    std::vector<QLabel*> estados_;    // the state badge of each clash, in list order
+    std::vector<QLabel*> numeros_;    // the numbers of the five cards
+    QLabel* cuentasPie_ = nullptr;
 };
 
 } // namespace teskal
