@@ -59,12 +59,19 @@ void ContentView::recibirNotificacion(const std::string& nombre) {
     } else if (nombre == notificaciones::guardarProyecto) {
         guardarProyecto();
         return;
+    } else if (nombre == notificaciones::guardarProyectoComo) {
+        showSavePicker = true;
     } else if (nombre == notificaciones::abrirProyecto) {
-        mostrarAbrirProyecto = true;
+        pedirAccion({AccionPendiente::Tipo::abrirProyecto, {}});
+        return;
     } else if (nombre == notificaciones::exportarPaquete) {
         mostrarExportarPaquete = true;
     } else if (nombre == notificaciones::importarPaquete) {
-        mostrarAbrirPaquete = true;
+        pedirAccion({AccionPendiente::Tipo::abrirPaquete, {}});
+        return;
+    } else if (nombre == notificaciones::nuevoProyecto) {
+        pedirAccion({AccionPendiente::Tipo::nuevoProyecto, {}});
+        return;
     } else {
         return; // the takeoff joins with its subsystem
     }
@@ -128,6 +135,7 @@ void ContentView::agregarEspecialidad() {
     e.colorOriginal = nuevaEspColor;
     especialidades[clave] = std::move(e);
     ordenEspecialidades.push_back(clave);
+    marcarCambio();
     mostrarNuevaEsp = false;
     nuevaEspNombre.clear();
     nuevaEspIcono = "folder";
@@ -147,6 +155,7 @@ void ContentView::aplicarColor(const Color& color) {
         const auto it = especialidades.find(*colorPickerKey);
         if (it != especialidades.end()) {
             it->second.colorOriginal = color;
+            marcarCambio();
             recolorearModelos();
         }
     }
@@ -164,6 +173,7 @@ void ContentView::alternarEspecialidad(const std::string& clave) {
     if (it == especialidades.end() || !it->second.nodoRaiz) return;
     EspecialidadBIM& e = it->second;
     e.isVisible = !e.isVisible;
+    marcarCambio();
     e.nodoRaiz->setHidden(!e.isVisible);
     // Turned on again: a model hidden by its own eye stays hidden.
     if (e.isVisible)
@@ -178,6 +188,7 @@ void ContentView::desvincularTodos(const std::string& clave) {
     if (e.nodoRaiz) e.nodoRaiz->removeFromParentNode();
     e.nodoRaiz.reset();
     e.modelos.clear();
+    marcarCambio();
     e.isVisible = true;
     propiedadesIFC.erase(clave);
     propiedadesPorGlobalId.erase(clave);
@@ -190,6 +201,7 @@ void ContentView::alternarModelo(const std::string& clave, const std::string& id
     ModeloVinculado* m = buscarModeloMutable(clave, id);
     if (!m) return;
     m->isVisible = !m->isVisible;
+    marcarCambio();
     m->nodo->setHidden(!m->isVisible);
     emit changed();
 }
@@ -198,6 +210,7 @@ void ContentView::fijarTransparencia(const std::string& clave, const std::string
     ModeloVinculado* m = buscarModeloMutable(clave, id);
     if (!m) return;
     m->transparencia = transparencia;
+    marcarCambio();
     const float opacidad = opacidadDeTransparencia(transparencia);
     m->nodo->enumerateChildNodes([opacidad](Node& n, bool&) {
         if (Geometry* g = n.geometry().get())
@@ -223,6 +236,7 @@ void ContentView::aplicarTransformacion(const std::string& clave, const std::str
         return;
     }
     m->transformacion = t;
+    marcarCambio();
     const float f = factorUnidades(t.unidades);
     m->nodo->setScale({f, f, f});
     // Offsets are metres, not scaled by the unit; the turn is about the model
@@ -271,6 +285,7 @@ void ContentView::confirmarEliminarModelo() {
     }
     m->nodo->removeFromParentNode();
     modelos.erase(m);
+    marcarCambio();
     // The properties of the removed model stay until the discipline is empty.
     if (modelos.empty()) {
         desvincularTodos(ref.clave);

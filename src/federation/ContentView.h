@@ -14,6 +14,7 @@
 #include <QJsonObject>
 #include <QObject>
 #include <atomic>
+#include <cstdint>
 #include <map>
 #include <set>
 #include <memory>
@@ -41,7 +42,26 @@ inline constexpr const char* abrirProyecto = "com.teskal.abrirProyecto";
 inline constexpr const char* abrirQTO = "com.teskal.abrirQTO";
 inline constexpr const char* exportarPaquete = "com.teskal.exportarPaquete";
 inline constexpr const char* importarPaquete = "com.teskal.importarPaquete";
+inline constexpr const char* nuevoProyecto = "com.teskal.nuevoProyecto";
+inline constexpr const char* guardarProyectoComo = "com.teskal.guardarProyectoComo";
 } // namespace notificaciones
+
+// What waits on the answer to "¿Guardar los cambios…?": closing the window,
+// or replacing the workspace with a new, an opened or an unpacked project.
+struct AccionPendiente {
+    enum class Tipo { cerrar, nuevoProyecto, abrirProyecto, abrirPaquete };
+    Tipo tipo = Tipo::cerrar;
+    std::string ruta; // a project or package already chosen (a recent one); empty: the panel asks
+};
+
+enum class RespuestaGuardar { guardar, noGuardar, cancelar };
+
+// A model of an opened document whose file was not found: it stays in the
+// document under its discipline until its file is pointed at.
+struct ModeloAusente {
+    std::string clave;
+    ModeloGuardado guardado;
+};
 
 // The workspace: owns every field the window draws, runs the commands, and
 // signals `changed` after each. All of it lives on the main thread; long work
@@ -122,6 +142,25 @@ public:
     bool mostrarExportarPaquete = false;
     bool mostrarAbrirPaquete = false;
     std::optional<std::string> paqueteExportado; // the name the alert announces
+
+    // Unsaved changes: every command that changes the document counts one;
+    // a save or an open takes the count as the saved one.
+    std::uint64_t cambios = 0;
+    std::uint64_t cambiosGuardados = 0;
+    bool hayCambiosSinGuardar() const { return cambios != cambiosGuardados; }
+    // Counts a change of the document; subsystems that edit its records
+    // (sections, comments, timeline) call it too.
+    void marcarCambio() { ++cambios; }
+    // The action the prompt "¿Guardar los cambios de «nombre»?" stands for,
+    // and the one a save started from that prompt goes on with.
+    std::optional<AccionPendiente> accionPorConfirmar;
+    std::optional<AccionPendiente> accionTrasGuardar;
+    // Set once the window may close: nothing unsaved, or the prompt allowed it.
+    bool cierreAutorizado = false;
+    // Models of the opened document whose files were not found, and the alert
+    // that lists them.
+    std::vector<ModeloAusente> modelosAusentes;
+    bool mostrarModelosAusentes = false;
 
     // Records of the sections, comments and timeline subsystems.
     std::vector<SeccionGuardada> seccionesGuardadas;
@@ -247,6 +286,16 @@ public:
     void restaurarProyecto(const ProyectoTESKAL& proyecto, const std::optional<std::string>& carpetaBase);
     void integrarModeloRestaurado(const std::string& clave, const ModeloGuardado& guardado, const std::string& ruta,
                                   ModeloConvertido convertido);
+    // Closing, "Nuevo proyecto", "Abrir proyecto" and "Abrir paquete" go
+    // through here: at once with nothing unsaved, else after the prompt.
+    void pedirAccion(AccionPendiente accion);
+    void responderGuardar(RespuestaGuardar respuesta);
+    // An empty workspace with the six disciplines, named "Proyecto sin título".
+    void nuevoProyecto();
+    // "Buscar…" in the alert of missing models: converts the file and places
+    // it as a restored model of its discipline.
+    void buscarModeloAusente(std::size_t indice, const std::string& ruta);
+    void cerrarModelosAusentes();
     void exportarPaqueteA(std::string ruta);
     void abrirPaqueteDe(const std::string& ruta);
     void cerrarAvisoPaquete();
@@ -277,6 +326,8 @@ public:
 
 signals:
     void changed();
+    // A save wrote the document to `ruta`.
+    void proyectoGuardado(const std::string& ruta);
 
 private:
     ModeloVinculado* buscarModeloMutable(const std::string& clave, const std::string& id);
@@ -300,6 +351,11 @@ private:
     // Fills the cancel token and time limit of a link or comparison version.
     void prepararConversion(TrabajoConversion& trabajo) const;
     void prepararRestauracion(TrabajoConversion& trabajo) const;
+    // Converts a model of a document on the pool and places it as restored.
+    void restaurarModelo(const std::string& clave, const ModeloGuardado& guardado, const std::string& ruta);
+    void ejecutarAccion(const AccionPendiente& accion);
+    // After a successful save: runs the action the prompt's "Guardar" held.
+    void continuarTrasGuardar();
 };
 
 } // namespace teskal

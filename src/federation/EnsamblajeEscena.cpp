@@ -126,6 +126,7 @@ void ContentView::integrarModelo(ModeloConvertido convertido, const std::string&
     modelo.nodo = convertido.modelo;
     modelo.rutaOrigen = rutaOrigen;
     esp.modelos.push_back(modelo);
+    marcarCambio();
     esp.nodoRaiz->addChildNode(modelo.nodo);
     pintarModelo(modelo, esp.colorOriginal, false);
     recolorearModelos();

@@ -6,6 +6,7 @@
 #include "federation/TrabajoSegundoPlano.h"
 
 #include <QFile>
+#include <QSaveFile>
 #include <QFileInfo>
 #include <QUuid>
 #include <filesystem>
@@ -24,6 +25,9 @@ ProyectoTESKAL ContentView::construirProyecto() const {
                                e.isVisible, {}};
         for (const auto& m : e.modelos)
             g.modelos.push_back({m.nombre, m.rutaOrigen.value_or(""), std::nullopt, m.isVisible, m.transparencia});
+        // A model whose file was not found stays in the document as it was read.
+        for (const auto& a : modelosAusentes)
+            if (a.clave == clave) g.modelos.push_back(a.guardado);
         p.especialidades.push_back(std::move(g));
     }
     for (const auto& a : historialAnalisis) {
@@ -49,18 +53,32 @@ ProyectoTESKAL ContentView::construirProyecto() const {
 }
 
 bool ContentView::escribirProyecto(const std::string& ruta) {
-    QFile f(QString::fromStdString(ruta));
+    // Written beside the target and renamed over it at the end: a failure or
+    // a crash halfway leaves the former document as it was.
+    QSaveFile f(QString::fromStdString(ruta));
+    f.setDirectWriteFallback(false);
     const QByteArray datos = codificarProyecto(construirProyecto());
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) || f.write(datos) != datos.size() || !f.flush()) {
-        mostrarError("Error al guardar: " + f.errorString().toStdString());
+    // A short write (a full disk, a size limit) is no error to the file
+    // device: the written size is checked before the rename.
+    const bool escrito = f.open(QIODevice::WriteOnly) && f.write(datos) == datos.size() && f.flush();
+    const bool completo = escrito && f.size() == datos.size();
+    if (!completo || !f.commit()) {
+        const std::string motivo = escrito && !completo ? std::string("el disco no admitió el documento completo.")
+                                                         : f.errorString().toStdString();
+        f.cancelWriting();
+        accionTrasGuardar.reset();
+        mostrarError("Error al guardar: " + motivo);
         return false;
     }
+    cambiosGuardados = cambios;
+    emit proyectoGuardado(ruta);
     return true;
 }
 
 void ContentView::guardarProyecto() {
     if (gestor.urlActual) {
-        escribirProyecto(*gestor.urlActual);
+        if (escribirProyecto(*gestor.urlActual)) continuarTrasGuardar();
+        emit changed();
         return;
     }
     showSavePicker = true;
@@ -69,13 +87,94 @@ void ContentView::guardarProyecto() {
 
 void ContentView::guardarProyectoComo(const std::string& ruta) {
     showSavePicker = false;
-    if (escribirProyecto(ruta)) gestor.fijarProyecto(ruta);
+    if (escribirProyecto(ruta)) {
+        gestor.fijarProyecto(ruta);
+        continuarTrasGuardar();
+    }
     emit changed();
 }
 
+void ContentView::continuarTrasGuardar() {
+    if (!accionTrasGuardar) return;
+    const AccionPendiente accion = *accionTrasGuardar;
+    accionTrasGuardar.reset();
+    ejecutarAccion(accion);
+}
+
 void ContentView::cerrarPaneles() {
+    // A save panel left without a file drops what waited on the save.
+    if (showSavePicker) accionTrasGuardar.reset();
     showSavePicker = mostrarAbrirProyecto = mostrarExportarPaquete = mostrarAbrirPaquete = false;
     emit changed();
+}
+
+void ContentView::pedirAccion(AccionPendiente accion) {
+    if (accion.tipo == AccionPendiente::Tipo::cerrar && cierreAutorizado) return;
+    if (hayCambiosSinGuardar()) {
+        accionPorConfirmar = std::move(accion);
+        emit changed();
+        return;
+    }
+    ejecutarAccion(accion);
+}
+
+void ContentView::responderGuardar(RespuestaGuardar respuesta) {
+    if (!accionPorConfirmar) return;
+    const AccionPendiente accion = *accionPorConfirmar;
+    accionPorConfirmar.reset();
+    switch (respuesta) {
+    case RespuestaGuardar::guardar:
+        accionTrasGuardar = accion;
+        guardarProyecto(); // goes on once the document is written
+        return;
+    case RespuestaGuardar::noGuardar:
+        ejecutarAccion(accion);
+        return;
+    case RespuestaGuardar::cancelar:
+        emit changed();
+        return;
+    }
+}
+
+void ContentView::ejecutarAccion(const AccionPendiente& accion) {
+    switch (accion.tipo) {
+    case AccionPendiente::Tipo::cerrar:
+        cierreAutorizado = true;
+        emit changed();
+        return;
+    case AccionPendiente::Tipo::nuevoProyecto:
+        nuevoProyecto();
+        return;
+    case AccionPendiente::Tipo::abrirProyecto:
+        if (!accion.ruta.empty()) {
+            abrirProyecto(accion.ruta);
+            return;
+        }
+        mostrarAbrirProyecto = true;
+        emit changed();
+        return;
+    case AccionPendiente::Tipo::abrirPaquete:
+        if (!accion.ruta.empty()) {
+            abrirPaqueteDe(accion.ruta);
+            return;
+        }
+        mostrarAbrirPaquete = true;
+        emit changed();
+        return;
+    }
+}
+
+void ContentView::nuevoProyecto() {
+    ProyectoTESKAL vacio;
+    vacio.ordenEspecialidades = ordenEspecialidadesPorDefecto();
+    const auto porDefecto = especialidadesPorDefecto();
+    for (const std::string& clave : vacio.ordenEspecialidades) {
+        const EspecialidadBIM& e = porDefecto.at(clave);
+        vacio.especialidades.push_back({clave, e.nombre, e.icono, e.colorOriginal.r, e.colorOriginal.g,
+                                        e.colorOriginal.b, true, {}});
+    }
+    gestor = GestorProyecto{};
+    restaurarProyecto(vacio, std::nullopt);
 }
 
 void ContentView::abrirProyecto(const std::string& ruta) {
@@ -94,14 +193,16 @@ void ContentView::abrirProyecto(const std::string& ruta) {
         mostrarError("Error al cargar el proyecto: " + *error);
         return;
     }
-    QMetaObject::invokeMethod(this, [this, ruta] {
-        gestor.fijarProyecto(ruta);
-        emit changed();
-    }, Qt::QueuedConnection);
+    gestor.fijarProyecto(ruta);
     restaurarProyecto(std::get<ProyectoTESKAL>(decodificado), std::nullopt);
 }
 
 void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional<std::string>& carpetaBase) {
+    // Models still converting for the document being replaced never arrive.
+    cancelacionRestauracion_->store(true);
+    cancelacionRestauracion_ = std::make_shared<std::atomic<bool>>(false);
+    modelosAusentes.clear();
+    mostrarModelosAusentes = false;
     for (const std::string& clave : ordenEspecialidades) {
         const auto it = especialidades.find(clave);
         if (it != especialidades.end() && it->second.nodoRaiz) it->second.nodoRaiz->removeFromParentNode();
@@ -168,10 +269,12 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
     almacenEtiquetas = p.etiquetasPorSeccion ? etiquetasRestauradas(*p.etiquetasPorSeccion) : EtiquetasPorTitulo{};
     emit changed();
 
-    // Every model is converted again, one job each, all at once. A file that
-    // can't be found, or a conversion that fails, leaves the model out quietly.
+    // Every model is converted again, one job each, all at once. A model
+    // whose file can't be found is listed for the alert and stays in the
+    // document; a conversion that fails leaves the model out quietly.
     const std::string conversor = rutaConversor.empty() ? buscarConversor(carpetaPrograma_) : rutaConversor;
     for (const auto& g : p.especialidades) {
+        if (!especialidades.contains(g.key)) continue;
         for (const auto& m : g.modelos) {
             std::string ruta;
             std::error_code ec;
@@ -180,29 +283,66 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
             else if (carpetaBase && m.rutaRelativa && !m.rutaRelativa->empty() &&
                      std::filesystem::is_regular_file(std::filesystem::path(*carpetaBase) / *m.rutaRelativa, ec))
                 ruta = (std::filesystem::path(*carpetaBase) / *m.rutaRelativa).string();
-            if (ruta.empty() || conversor.empty()) continue;
-            TrabajoConversion t;
-            t.rutaOrigen = ruta;
-            t.rutaConversor = conversor;
-            t.rutaSalida = rutaTemporalNueva(".obj");
-            prepararRestauracion(t);
-            const std::string clave = g.key;
-            const ModeloGuardado guardado = m;
-            // A restore shows no error: a model that does not come through is left out.
-            enSegundoPlano(
-                this,
-                [t] {
-                    ResultadoConversion r = convertirIFC(t);
-                    std::error_code e;
-                    std::filesystem::remove(t.rutaSalida, e);
-                    return r;
-                },
-                [clave, guardado, ruta = t.rutaOrigen](ContentView& cv, ResultadoConversion r) {
-                    if (auto* convertido = std::get_if<ModeloConvertido>(&r))
-                        cv.integrarModeloRestaurado(clave, guardado, ruta, std::move(*convertido));
-                });
+            if (ruta.empty()) {
+                ModeloGuardado ausente = m;
+                ausente.rutaRelativa.reset(); // a package's folder does not outlive the opening
+                modelosAusentes.push_back({g.key, std::move(ausente)});
+                continue;
+            }
+            if (!conversor.empty()) restaurarModelo(g.key, m, ruta);
         }
     }
+    mostrarModelosAusentes = !modelosAusentes.empty();
+    // What was just read is the saved state.
+    cambiosGuardados = cambios;
+    cierreAutorizado = false;
+    emit changed();
+}
+
+void ContentView::restaurarModelo(const std::string& clave, const ModeloGuardado& guardado, const std::string& ruta) {
+    const std::string conversor = rutaConversor.empty() ? buscarConversor(carpetaPrograma_) : rutaConversor;
+    if (conversor.empty()) return;
+    TrabajoConversion t;
+    t.rutaOrigen = ruta;
+    t.rutaConversor = conversor;
+    t.rutaSalida = rutaTemporalNueva(".obj");
+    prepararRestauracion(t);
+    // A restore shows no error: a model that does not come through is left out.
+    enSegundoPlano(
+        this,
+        [t] {
+            ResultadoConversion r = convertirIFC(t);
+            std::error_code e;
+            std::filesystem::remove(t.rutaSalida, e);
+            return r;
+        },
+        [clave, guardado, ruta, cancelado = t.cancelar](ContentView& cv, ResultadoConversion r) {
+            if (cancelado && cancelado->load()) return;
+            if (auto* convertido = std::get_if<ModeloConvertido>(&r))
+                cv.integrarModeloRestaurado(clave, guardado, ruta, std::move(*convertido));
+        });
+}
+
+void ContentView::buscarModeloAusente(std::size_t indice, const std::string& ruta) {
+    if (indice >= modelosAusentes.size()) return;
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(ruta, ec)) {
+        mostrarError("No se encontró el archivo \"" + ruta + "\".");
+        return;
+    }
+    ModeloAusente a = std::move(modelosAusentes[indice]);
+    modelosAusentes.erase(modelosAusentes.begin() + static_cast<std::ptrdiff_t>(indice));
+    a.guardado.rutaAbsoluta = ruta;
+    // The document now points at the new file.
+    marcarCambio();
+    if (modelosAusentes.empty()) mostrarModelosAusentes = false;
+    emit changed();
+    restaurarModelo(a.clave, a.guardado, ruta);
+}
+
+void ContentView::cerrarModelosAusentes() {
+    mostrarModelosAusentes = false;
+    emit changed();
 }
 
 void ContentView::integrarModeloRestaurado(const std::string& clave, const ModeloGuardado& guardado,

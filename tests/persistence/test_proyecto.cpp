@@ -172,10 +172,11 @@ TEST(DocumentoProyecto, restauracionEnSuOrden) {
     EXPECT_FALSE(r.nodoA->geometry());
     EXPECT_FALSE(r.nodoA->parent());
     EXPECT_TRUE(cv.analisisExpandidos.empty());
-    // The missing file of "casa.ifc" is left out, and a save drops it.
+    // The missing file of "casa.ifc" is listed, and a save keeps it.
+    ASSERT_EQ(cv.modelosAusentes.size(), 1u);
     const ProyectoTESKAL guardado = cv.construirProyecto();
     ASSERT_EQ(guardado.especialidades.size(), 2u); // the unlisted key is not saved either
-    EXPECT_TRUE(guardado.especialidades[0].modelos.empty());
+    EXPECT_EQ(guardado.especialidades[0].modelos, p.especialidades[0].modelos);
 }
 
 TEST(DocumentoProyecto, seccionesComentariosYTimelineSeConservan) {

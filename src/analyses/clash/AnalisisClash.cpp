@@ -111,6 +111,7 @@ void ContentView::registrarAnalisis(const std::string& nombre, std::vector<Inter
     a.interferencias = resultado;
     analisisExpandidos.insert(a.id);
     historialAnalisis.push_back(std::move(a));
+    marcarCambio();
     interferencias = std::move(resultado);
     detectando = false;
     std::unordered_set<Node*> marcados;
@@ -142,6 +143,7 @@ void ContentView::cambiarEstado(std::size_t analisis, std::size_t interferencia,
     auto& lista = historialAnalisis[analisis].interferencias;
     if (interferencia >= lista.size()) return;
     lista[interferencia].estado = estado;
+    marcarCambio();
     emit changed();
 }
 
@@ -159,6 +161,7 @@ void ContentView::eliminarAnalisis() {
     if (indice < historialAnalisis.size()) {
         analisisExpandidos.erase(historialAnalisis[indice].id);
         historialAnalisis.erase(historialAnalisis.begin() + static_cast<std::ptrdiff_t>(indice));
+        marcarCambio();
     }
     emit changed();
 }

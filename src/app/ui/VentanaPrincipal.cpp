@@ -6,6 +6,7 @@
 #include "analyses/xor/ReporteXOR.h"
 #include "analyses/xor/ui/PanelComparacionXOR.h"
 #include "analyses/xor/ui/ReporteXORView.h"
+#include "app/ui/AlertaModelosAusentes.h"
 #include "app/ui/VentanaAcercaDe.h"
 #include "app/ui/VistaBienvenida.h"
 #include "federation/CentroNotificaciones.h"
@@ -24,6 +25,11 @@
 #include <QMessageBox>
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QDesktopServices>
+#include <QSettings>
+#include <QStatusBar>
+#include <QTimer>
+#include <QUrl>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
@@ -46,8 +52,6 @@ QLabel* tituloSeccion(const QString& texto, QWidget* padre) {
 
 VentanaPrincipal::VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro, QWidget* parent)
     : QMainWindow(parent), cv_(cv), centro_(centro) {
-    setWindowTitle(QStringLiteral("VORNEL"));
-    resize(1440, 900);
     crearMenus();
 
     // The detail column: welcome state or 3D view, with the overlay above.
@@ -92,12 +96,17 @@ VentanaPrincipal::VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro
     capas->addWidget(superposicion_, 0, 0, Qt::AlignCenter);
     superposicion_->hide();
 
-    auto* division = new QSplitter(Qt::Horizontal, this);
-    division->addWidget(crearBarraLateral());
-    division->addWidget(columnaDetalle);
-    division->setStretchFactor(1, 1);
-    division->setSizes({340, 1100});
-    setCentralWidget(division);
+    division_ = new QSplitter(Qt::Horizontal, this);
+    division_->setObjectName(QStringLiteral("division"));
+    division_->addWidget(crearBarraLateral());
+    division_->addWidget(columnaDetalle);
+    division_->setStretchFactor(1, 1);
+    division_->setSizes({340, 1100});
+    setCentralWidget(division_);
+    statusBar()->setObjectName(QStringLiteral("lineaEstado"));
+    connect(&cv_, &ContentView::proyectoGuardado, this,
+            [this] { statusBar()->showMessage(QStringLiteral("Proyecto guardado"), 5000); });
+    ajustarAPantalla();
 
     // The 3D view's set-up prepares the scene's lights.
     ContentView::configurarLuces(cv_.scene);
@@ -107,6 +116,10 @@ VentanaPrincipal::VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro
 
 void VentanaPrincipal::crearMenus() {
     QMenu* archivo = menuBar()->addMenu(QStringLiteral("Archivo"));
+    QAction* nuevo = archivo->addAction(QStringLiteral("Nuevo proyecto"));
+    nuevo->setObjectName(QStringLiteral("accionNuevoProyecto"));
+    nuevo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
+    connect(nuevo, &QAction::triggered, this, [this] { centro_.publicar(notificaciones::nuevoProyecto); });
     QAction* abrirIFC = archivo->addAction(QStringLiteral("Abrir IFC..."));
     abrirIFC->setObjectName(QStringLiteral("accionAbrirIFC"));
     abrirIFC->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
@@ -123,15 +136,36 @@ void VentanaPrincipal::crearMenus() {
     archivo->addSeparator();
     publicarCon(archivo, QStringLiteral("Guardar proyecto"), "accionGuardarProyecto", notificaciones::guardarProyecto,
                 QKeySequence(Qt::CTRL | Qt::Key_S));
+    publicarCon(archivo, QStringLiteral("Guardar como…"), "accionGuardarComo", notificaciones::guardarProyectoComo,
+                QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
     publicarCon(archivo, QStringLiteral("Abrir proyecto..."), "accionAbrirProyecto", notificaciones::abrirProyecto,
                 QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+    recientes_ = archivo->addMenu(QStringLiteral("Proyectos recientes"));
+    recientes_->setObjectName(QStringLiteral("menuRecientes"));
+    connect(recientes_, &QMenu::aboutToShow, this, &VentanaPrincipal::llenarRecientes);
+    llenarRecientes();
     archivo->addSeparator();
     publicarCon(archivo, QStringLiteral("Exportar paquete compartible..."), "accionExportarPaquete",
                 notificaciones::exportarPaquete, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E));
     publicarCon(archivo, QStringLiteral("Abrir paquete compartible..."), "accionAbrirPaquete",
                 notificaciones::importarPaquete, QKeySequence());
+    archivo->addSeparator();
+    QAction* salir = archivo->addAction(QStringLiteral("Salir"));
+    salir->setObjectName(QStringLiteral("accionSalir"));
+    salir->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    connect(salir, &QAction::triggered, this, &QWidget::close); // the same path as the close box
 
     QMenu* ayuda = menuBar()->addMenu(QStringLiteral("Ayuda"));
+    QAction* hojaRuta = ayuda->addAction(QStringLiteral("Road Map VORNEL"));
+    hojaRuta->setObjectName(QStringLiteral("accionRoadMap"));
+    connect(hojaRuta, &QAction::triggered, this, [this] {
+        // The plan travels beside the program; the desktop opens it.
+        const QString ruta = QCoreApplication::applicationDirPath() + QStringLiteral("/ROADMAP.md");
+        if (!QFileInfo::exists(ruta))
+            cv_.mostrarError("No se encontró el Road Map junto al programa: " + ruta.toStdString());
+        else if (!QDesktopServices::openUrl(QUrl::fromLocalFile(ruta)))
+            cv_.mostrarError("No se pudo abrir el Road Map; está en " + ruta.toStdString());
+    });
     QAction* acerca = ayuda->addAction(QStringLiteral("Acerca de VORNEL"));
     acerca->setObjectName(QStringLiteral("accionAcercaDe"));
     connect(acerca, &QAction::triggered, this, [this] {
@@ -167,6 +201,16 @@ QWidget* VentanaPrincipal::crearBarraLateral() {
 }
 
 void VentanaPrincipal::sincronizar() {
+    setWindowTitle(QString::fromStdString(cv_.gestor.nombreProyecto) + QStringLiteral("[*] — VORNEL"));
+    setWindowModified(cv_.hayCambiosSinGuardar());
+    if (cv_.gestor.urlActual && QString::fromStdString(*cv_.gestor.urlActual) != ultimaRuta_) {
+        ultimaRuta_ = QString::fromStdString(*cv_.gestor.urlActual);
+        agregarReciente(ultimaRuta_);
+    }
+    if (cv_.cierreAutorizado && !cierrePedido_) {
+        cierrePedido_ = true;
+        QTimer::singleShot(0, this, &QWidget::close);
+    }
     // The versions of a comparison show in the 3D view too, with or without
     // disciplines beside them.
     const bool hayEscena = cv_.hayModelos() || cv_.modeloBase || cv_.modeloNuevo;
@@ -231,13 +275,97 @@ void VentanaPrincipal::sincronizar() {
         connect(avisoPaquete_, &QMessageBox::finished, this, [this] { cv_.cerrarAvisoPaquete(); });
         avisoPaquete_->open();
     }
+    if (cv_.accionPorConfirmar && !alertaGuardar_) abrirGuardarCambios();
+    if (cv_.mostrarModelosAusentes) {
+        if (!alertaAusentes_) {
+            alertaAusentes_ = new AlertaModelosAusentes(cv_, this);
+            alertaAusentes_->setAttribute(Qt::WA_DeleteOnClose);
+            alertaAusentes_->open();
+        } else {
+            alertaAusentes_->actualizar();
+        }
+    } else if (alertaAusentes_) {
+        alertaAusentes_->close();
+    }
     if (cv_.showError) abrirError();
+}
+
+void VentanaPrincipal::abrirGuardarCambios() {
+    alertaGuardar_ = new QMessageBox(
+        QMessageBox::Warning, QStringLiteral("VORNEL"),
+        QStringLiteral("¿Guardar los cambios de «%1»?").arg(QString::fromStdString(cv_.gestor.nombreProyecto)),
+        QMessageBox::NoButton, this);
+    alertaGuardar_->setObjectName(QStringLiteral("alertaGuardarCambios"));
+    alertaGuardar_->setAttribute(Qt::WA_DeleteOnClose);
+    alertaGuardar_->setInformativeText(QStringLiteral("Si no los guardas, se perderán."));
+    QPushButton* guardar = alertaGuardar_->addButton(QStringLiteral("Guardar"), QMessageBox::AcceptRole);
+    QPushButton* noGuardar = alertaGuardar_->addButton(QStringLiteral("No guardar"), QMessageBox::DestructiveRole);
+    alertaGuardar_->addButton(QStringLiteral("Cancelar"), QMessageBox::RejectRole);
+    alertaGuardar_->setDefaultButton(guardar);
+    QMessageBox* alerta = alertaGuardar_;
+    connect(alerta, &QMessageBox::finished, this, [this, alerta, guardar, noGuardar] {
+        const QAbstractButton* elegido = alerta->clickedButton();
+        // Escape or the close box cancel, as "Cancelar" does.
+        cv_.responderGuardar(elegido == guardar     ? RespuestaGuardar::guardar
+                             : elegido == noGuardar ? RespuestaGuardar::noGuardar
+                                                    : RespuestaGuardar::cancelar);
+    });
+    alertaGuardar_->open();
+}
+
+void VentanaPrincipal::ajustarAPantalla() {
+    QSettings ajustes;
+    const QScreen* pantalla = screen();
+    const QRect disponible = pantalla ? pantalla->availableGeometry() : QRect(0, 0, 1440, 900);
+    if (!restoreGeometry(ajustes.value(QStringLiteral("ventana/geometria")).toByteArray())) {
+        resize(QSize(1440, 900).boundedTo(disponible.size()));
+        move(disponible.center() - rect().center());
+    } else if (!disponible.contains(frameGeometry())) {
+        // Remembered on a larger screen: at most this one, centred.
+        resize(size().boundedTo(disponible.size()));
+        move(disponible.center() - rect().center());
+    }
+    division_->restoreState(ajustes.value(QStringLiteral("ventana/division")).toByteArray());
+}
+
+void VentanaPrincipal::guardarAjustes() {
+    QSettings ajustes;
+    ajustes.setValue(QStringLiteral("ventana/geometria"), saveGeometry());
+    ajustes.setValue(QStringLiteral("ventana/division"), division_->saveState());
+}
+
+void VentanaPrincipal::agregarReciente(const QString& ruta) {
+    QSettings ajustes;
+    QStringList lista = ajustes.value(QStringLiteral("proyectosRecientes")).toStringList();
+    lista.removeAll(ruta);
+    lista.prepend(ruta);
+    while (lista.size() > 10) lista.removeLast();
+    ajustes.setValue(QStringLiteral("proyectosRecientes"), lista);
+    llenarRecientes();
+}
+
+void VentanaPrincipal::llenarRecientes() {
+    recientes_->clear();
+    const QStringList lista = QSettings().value(QStringLiteral("proyectosRecientes")).toStringList();
+    for (const QString& ruta : lista) {
+        QAction* a = recientes_->addAction(QFileInfo(ruta).completeBaseName());
+        a->setToolTip(ruta);
+        a->setData(ruta);
+        connect(a, &QAction::triggered, this,
+                [this, ruta] { cv_.pedirAccion({AccionPendiente::Tipo::abrirProyecto, ruta.toStdString()}); });
+    }
+    recientes_->setEnabled(!lista.isEmpty());
 }
 
 QFileDialog* VentanaPrincipal::dialogoArchivo(const QString& titulo, const QString& mensaje, const QString& filtro,
                                               bool guardar, const QString& nombre,
                                               std::function<void(const QString&)> alAceptar) {
     auto* d = new QFileDialog(this, titulo);
+    // Each kind of file (projects, packages) opens where the last one was.
+    const QString claveCarpeta = filtro.contains(QStringLiteral("teskalpkg")) ? QStringLiteral("carpetas/paquete")
+                                                                           : QStringLiteral("carpetas/proyecto");
+    const QString carpeta = QSettings().value(claveCarpeta).toString();
+    if (!carpeta.isEmpty() && QFileInfo(carpeta).isDir()) d->setDirectory(carpeta);
     d->setObjectName(QStringLiteral("panelProyecto"));
     d->setAttribute(Qt::WA_DeleteOnClose);
     d->setOption(QFileDialog::DontUseNativeDialog);
@@ -251,10 +379,11 @@ QFileDialog* VentanaPrincipal::dialogoArchivo(const QString& titulo, const QStri
             texto->setWordWrap(true);
             rejilla->addWidget(texto, rejilla->rowCount(), 0, 1, -1);
         }
-    connect(d, &QFileDialog::finished, this, [this, d, alAceptar](int resultado) {
-        if (resultado == QDialog::Accepted && !d->selectedFiles().isEmpty())
+    connect(d, &QFileDialog::finished, this, [this, d, alAceptar, claveCarpeta](int resultado) {
+        if (resultado == QDialog::Accepted && !d->selectedFiles().isEmpty()) {
+            QSettings().setValue(claveCarpeta, QFileInfo(d->selectedFiles().first()).absolutePath());
             alAceptar(d->selectedFiles().first());
-        else
+        } else
             cv_.cerrarPaneles();
     });
     d->open();
@@ -296,10 +425,15 @@ void VentanaPrincipal::abrirSelectorArchivo() {
     selector_->setOption(QFileDialog::DontUseNativeDialog);
     selector_->setFileMode(QFileDialog::ExistingFile);
     selector_->setNameFilters({QStringLiteral("Todos los archivos (*)"), QStringLiteral("Archivos IFC (*.ifc *.IFC)")});
+    const QString carpeta = QSettings().value(QStringLiteral("carpetas/ifc")).toString();
+    if (!carpeta.isEmpty() && QFileInfo(carpeta).isDir()) selector_->setDirectory(carpeta);
     connect(selector_, &QFileDialog::finished, this, [this](int resultado) {
         std::vector<std::string> rutas;
         if (resultado == QDialog::Accepted && selector_)
             for (const QString& r : selector_->selectedFiles()) rutas.push_back(r.toStdString());
+        if (!rutas.empty())
+            QSettings().setValue(QStringLiteral("carpetas/ifc"),
+                                 QFileInfo(QString::fromStdString(rutas.front())).absolutePath());
         cv_.archivosElegidos(rutas);
     });
     selector_->open();
@@ -405,8 +539,20 @@ void VentanaPrincipal::abrirInformeXOR() {
 namespace teskal {
 
 void VentanaPrincipal::closeEvent(QCloseEvent* evento) {
+    if (cerrada_) {
+        evento->accept();
+        return;
+    }
+    // Unsaved changes ask first; the window stays until the answer allows it.
+    if (!cv_.cierreAutorizado) {
+        evento->ignore();
+        cv_.pedirAccion({AccionPendiente::Tipo::cerrar, {}});
+        if (!cv_.cierreAutorizado) return;
+    }
     // Closing the main window ends the program, report windows and all; the
     // conversions under way are ended before it goes.
+    cerrada_ = true;
+    guardarAjustes();
     evento->accept();
     cv_.detenerTrabajos();
     QCoreApplication::quit();

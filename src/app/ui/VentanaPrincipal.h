@@ -8,6 +8,8 @@
 
 class QFileDialog;
 class QLabel;
+class QMenu;
+class QSplitter;
 class QMessageBox;
 class QStackedWidget;
 
@@ -20,6 +22,7 @@ class DialogoColorEspecialidad;
 class DialogoConfigAnalisis;
 class DialogoNuevaEspecialidad;
 class DialogoTransformacion;
+class AlertaModelosAusentes;
 class VentanaAcercaDe;
 class VisorEscena;
 
@@ -57,6 +60,13 @@ private:
     void abrirError();
     void abrirEliminarModelo();
     void abrirEliminarAnalisis();
+    // "¿Guardar los cambios de «nombre»?" for the workspace's pending action.
+    void abrirGuardarCambios();
+    // The window fits the screen it opens on, or takes its remembered size.
+    void ajustarAPantalla();
+    void guardarAjustes();
+    void agregarReciente(const QString& ruta);
+    void llenarRecientes();
     // A warning alert with a confirming button and "Cancelar"; `confirmar`
     // runs for the first button, `cancelar` for the other and for closing.
     QMessageBox* abrirConfirmacion(const QString& titulo, const QString& mensaje, const QString& boton,
@@ -84,6 +94,13 @@ private:
     QPointer<DialogoColorEspecialidad> dialogoColor_;
     QPointer<DialogoTransformacion> dialogoTransformacion_;
     QPointer<VentanaAcercaDe> acercaDe_;
+    QPointer<QMessageBox> alertaGuardar_;
+    QPointer<AlertaModelosAusentes> alertaAusentes_;
+    QMenu* recientes_ = nullptr;
+    QSplitter* division_ = nullptr;
+    QString ultimaRuta_;       // the project file last seen, for the recent list
+    bool cierrePedido_ = false; // the close the workspace allowed is under way
+    bool cerrada_ = false;
     std::vector<std::unique_ptr<QWidget>> reportWindows_;
 };
 
