@@ -83,9 +83,7 @@ ResultadoJson<InterferenciaGuardada> interferenciaDesdeJson(const QJsonValue& v,
     InterferenciaGuardada i{l.uuid("id"),         l.texto("nombreA"), l.texto("especialidadA"), l.texto("nombreB"),
                             l.texto("especialidadB"), l.texto("estado"), l.numero("vpPosX"),      l.numero("vpPosY"),
                             l.numero("vpPosZ"),    l.numero("vpTgtX"), l.numero("vpTgtY"),       l.numero("vpTgtZ"),
-                            l.numero("radio")};
-    i.globalIdA = l.textoOpcional("globalIdA");
-    i.globalIdB = l.textoOpcional("globalIdB");
+                            l.numero("radio"),        l.textoOpcional("globalIdA"), l.textoOpcional("globalIdB")};
     return l.resultado(std::move(i));
 }
 
