@@ -1,6 +1,6 @@
 #include "app/ui/VistaBienvenida.h"
 
-#include "app/ui/Iconos.h"
+#include "ui/Iconos.h"
 #include "federation/CentroNotificaciones.h"
 #include "federation/ContentView.h"
 

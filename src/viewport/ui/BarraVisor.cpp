@@ -1,6 +1,6 @@
 #include "viewport/ui/BarraVisor.h"
 
-#include "app/ui/Iconos.h"
+#include "ui/Iconos.h"
 #include "federation/ContentView.h"
 #include "federation/Formato.h"
 

@@ -1,7 +1,7 @@
 #include "viewport/ui/LeyendaVisor.h"
 
-#include "app/ui/Iconos.h"
-#include "app/ui/ReconstruccionDiferida.h"
+#include "ui/Iconos.h"
+#include "ui/ReconstruccionDiferida.h"
 #include "federation/ContentView.h"
 #include "viewport/PanelDetalle.h"
 

@@ -5,8 +5,8 @@
 #include "analyses/clash/ReporteHTML.h"
 #include "analyses/clash/ui/ReporteContenidoView.h"
 #include "analyses/clash/ui/ThumbnailInterferencia.h"
-#include "app/ui/Iconos.h"
-#include "app/ui/IndicadorGiro.h"
+#include "ui/Iconos.h"
+#include "ui/IndicadorGiro.h"
 #include "viewport/render/RenderizadorImagenes.h"
 
 #include <QDesktopServices>

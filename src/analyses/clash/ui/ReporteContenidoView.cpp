@@ -1,8 +1,8 @@
 #include "analyses/clash/ui/ReporteContenidoView.h"
 
 #include "analyses/clash/ReporteHTML.h"
-#include "app/ui/Iconos.h"
-#include "app/ui/IndicadorGiro.h"
+#include "ui/Iconos.h"
+#include "ui/IndicadorGiro.h"
 #include "federation/Formato.h"
 
 #include <QGridLayout>

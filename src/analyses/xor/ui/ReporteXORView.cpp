@@ -3,8 +3,8 @@
 #include "analyses/clash/ReporteHTML.h"
 #include "analyses/clash/ui/ThumbnailInterferencia.h"
 #include "analyses/xor/ReporteXOR.h"
-#include "app/ui/Iconos.h"
-#include "app/ui/IndicadorGiro.h"
+#include "ui/Iconos.h"
+#include "ui/IndicadorGiro.h"
 #include "scene/ColoresSistema.h"
 #include "viewport/render/RenderizadorImagenes.h"
 

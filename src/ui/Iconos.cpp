@@ -1,4 +1,4 @@
-#include "app/ui/Iconos.h"
+#include "ui/Iconos.h"
 
 #include <map>
 

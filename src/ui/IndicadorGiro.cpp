@@ -1,4 +1,4 @@
-#include "app/ui/IndicadorGiro.h"
+#include "ui/IndicadorGiro.h"
 
 #include <QPainter>
 #include <QTimer>
