@@ -40,13 +40,20 @@ QStringList sobrantes(const char* patron) {
     return QDir(QDir::tempPath()).entryList({QString::fromLatin1(patron)}, QDir::Files);
 }
 
-std::string conversorFalso(const QTemporaryDir& dir, const char* nombre, const std::string& cuerpo) {
+// A file of the given bytes in the folder; gives its path.
+QString escribirEn(const QTemporaryDir& dir, const char* nombre, const char* bytes) {
     const QString ruta = dir.filePath(QString::fromLatin1(nombre));
     QFile f(ruta);
     f.open(QIODevice::WriteOnly);
-    f.write(("#!/bin/sh\n" + cuerpo + "\n").c_str());
-    f.close();
-    f.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    f.write(bytes);
+    return ruta;
+}
+
+constexpr const char* muroIFC = "ISO-10303-21;\nDATA;\n#1=IFCWALL('g',$,'Muro',$,$,$,$,$);\nENDSEC;\n";
+
+std::string conversorFalso(const QTemporaryDir& dir, const char* nombre, const std::string& cuerpo) {
+    const QString ruta = escribirEn(dir, nombre, ("#!/bin/sh\n" + cuerpo + "\n").c_str());
+    QFile::setPermissions(ruta, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     return ruta.toStdString();
 }
 
@@ -236,12 +243,7 @@ TEST(VinculoIFC, elementosDelMismoNombreMuestranSusPropiasPropiedades) {
 // limit, or ended by quitting, it leaves no process and no temporary file.
 TEST(VinculoIFC, unConversorQueNoTerminaSeDetiene) {
     QTemporaryDir dir;
-    const QString ifc = dir.filePath(QStringLiteral("modelo.ifc"));
-    {
-        QFile f(ifc);
-        f.open(QIODevice::WriteOnly);
-        f.write("ISO-10303-21;\nDATA;\n#1=IFCWALL('g',$,'Muro',$,$,$,$,$);\nENDSEC;\n");
-    }
+    const QString ifc = escribirEn(dir, "modelo.ifc", muroIFC);
     // It writes a partial output first, as a converter at work does, and
     // waits in a child process of its own.
     const std::string conversor =
@@ -289,12 +291,7 @@ TEST(VinculoIFC, fallosDelCaminoConSuFrase) {
     QTemporaryDir dir;
     auto cv = espacio();
     vincularDePrueba(*cv, "ARQ", "previo.ifc"); // an earlier model that must stay
-    const QString ifc = dir.filePath(QStringLiteral("modelo.ifc"));
-    {
-        QFile f(ifc);
-        f.open(QIODevice::WriteOnly);
-        f.write("ISO-10303-21;\nDATA;\n#1=IFCWALL('g',$,'Muro',$,$,$,$,$);\nENDSEC;\n");
-    }
+    const QString ifc = escribirEn(dir, "modelo.ifc", muroIFC);
 
     struct Caso {
         const char* nombre;
@@ -368,11 +365,7 @@ TEST(VinculoIFC, fallosDelCaminoConSuFrase) {
 
 TEST(VinculoIFC, archivoQueNoEsIFCMuestraElMotivoDelConversor) {
     QTemporaryDir dir;
-    const QString falso = dir.filePath(QStringLiteral("planilla.ifc"));
-    QFile f(falso);
-    f.open(QIODevice::WriteOnly);
-    f.write("Nombre;Cantidad\nMuro;3\n");
-    f.close();
+    const QString falso = escribirEn(dir, "planilla.ifc", "Nombre;Cantidad\nMuro;3\n");
     auto cv = espacio();
     cv->archivosElegidos({falso.toStdString()});
     ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));

@@ -3,6 +3,7 @@
 #include "ui/Iconos.h"
 #include "ui/ReconstruccionDiferida.h"
 #include "federation/ContentView.h"
+#include "ui/TextoQt.h"
 
 #include <QGraphicsOpacityEffect>
 #include <QHBoxLayout>
@@ -17,7 +18,6 @@ namespace teskal {
 
 namespace {
 
-QString q(const std::string& s) { return QString::fromStdString(s); }
 
 QColor qcolor(const Color& c) { return QColor::fromRgbF(c.r, c.g, c.b, c.a); }
 

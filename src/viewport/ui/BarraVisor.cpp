@@ -3,6 +3,7 @@
 #include "ui/Iconos.h"
 #include "federation/ContentView.h"
 #include "federation/Formato.h"
+#include "ui/TextoQt.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -16,7 +17,6 @@ namespace teskal {
 
 namespace {
 
-QString q(const std::string& s) { return QString::fromStdString(s); }
 
 // The popover of the camera cut: its switch, and while on, the distance.
 QFrame* crearPopoverCorte(ContentView& cv, QWidget* padre) {

@@ -4,6 +4,7 @@
 #include "ui/ReconstruccionDiferida.h"
 #include "federation/ContentView.h"
 #include "viewport/PanelDetalle.h"
+#include "ui/TextoQt.h"
 
 #include <QGridLayout>
 #include <set>
@@ -18,7 +19,6 @@ namespace teskal {
 
 namespace {
 
-QString q(const std::string& s) { return QString::fromStdString(s); }
 
 QLabel* muestraColor(const Color& c, int lado, QWidget* padre) {
     auto* l = new QLabel(padre);

@@ -4,6 +4,7 @@
 #include "ui/ReconstruccionDiferida.h"
 #include "federation/ContentView.h"
 #include "federation/Formato.h"
+#include "ui/TextoQt.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -19,9 +20,6 @@ namespace teskal {
 
 namespace {
 
-QString q(const std::string& s) { return QString::fromStdString(s); }
-QString q(std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); }
-QString css(const Color& c) { return QColor::fromRgbF(c.r, c.g, c.b).name(); }
 
 // A clash line: a click flies to it; the right button offers the states.
 class LineaInterferencia : public QWidget {

@@ -4,6 +4,7 @@
 #include "ui/Iconos.h"
 #include "ui/IndicadorGiro.h"
 #include "federation/Formato.h"
+#include "ui/TextoQt.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -16,15 +17,6 @@ namespace teskal {
 
 namespace {
 
-QString q(const std::string& s) {
-    return QString::fromStdString(s);
-}
-QString q(std::string_view s) {
-    return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
-}
-QString css(const Color& c) {
-    return QColor::fromRgbF(c.r, c.g, c.b).name();
-}
 
 // Plain text always: a name such as "<b>x</b>" from a user or an IFC file
 // shows as written.

@@ -3,6 +3,7 @@
 #include "ui/Iconos.h"
 #include "ui/ReconstruccionDiferida.h"
 #include "federation/ContentView.h"
+#include "ui/TextoQt.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -11,17 +12,6 @@
 #include <QVBoxLayout>
 
 namespace teskal {
-
-namespace {
-
-QString q(const std::string& s) {
-    return QString::fromStdString(s);
-}
-QString css(const Color& c) {
-    return QColor::fromRgbF(c.r, c.g, c.b).name();
-}
-
-} // namespace
 
 PanelComparacionXOR::PanelComparacionXOR(ContentView& cv, QWidget* parent)
     : QWidget(parent), cv_(cv) {

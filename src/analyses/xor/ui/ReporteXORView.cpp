@@ -7,6 +7,7 @@
 #include "ui/IndicadorGiro.h"
 #include "scene/ColoresSistema.h"
 #include "viewport/render/RenderizadorImagenes.h"
+#include "ui/TextoQt.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -23,12 +24,6 @@ namespace teskal {
 
 namespace {
 
-QString q(const std::string& s) {
-    return QString::fromStdString(s);
-}
-QString css(const Color& c) {
-    return QColor::fromRgbF(c.r, c.g, c.b).name();
-}
 
 // Plain text always: names come from IFC files.
 QLabel* etiqueta(const QString& texto, const QString& estilo, QWidget* padre) {
