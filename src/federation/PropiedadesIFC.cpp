@@ -6,8 +6,22 @@
 
 #include <algorithm>
 #include <optional>
+#include <stdexcept>
 
 namespace teskal {
+
+const std::string& PropiedadesElemento::at(std::string_view clave) const {
+    const auto it = find(clave);
+    if (it == end()) throw std::out_of_range("PropiedadesElemento::at");
+    return it->second;
+}
+
+PropiedadesElemento::size_type PropiedadesElemento::erase(std::string_view clave) {
+    if (find(clave) == end()) return 0;
+    Pares& p = propios();
+    p.erase(p.begin() + (posicion(p, clave) - p.cbegin()));
+    return 1;
+}
 
 namespace {
 
@@ -264,6 +278,7 @@ void LectorIndice::leerRelacionesPropias() {
         leerDefinicion(*definicion, pares);
         if (pares.empty()) continue;
         destinosDe(relacionados);
+        for (PropiedadesElemento* destino : destinos_) destino->reserve(destino->size() + pares.size());
         // Every entry but the last gets copies; the last takes the pairs.
         for (std::size_t d = 0; d + 1 < destinos_.size(); ++d)
             for (const auto& [clave, valor] : pares) destinos_[d]->insert_or_assign(clave, valor);
@@ -303,8 +318,10 @@ void LectorIndice::leerRelacionesDeTipo() {
         for (const std::int64_t d : definiciones) leerDefinicion(d, pares);
         if (pares.empty()) continue;
         destinosDe(relacionados);
-        for (PropiedadesElemento* destino : destinos_)
+        for (PropiedadesElemento* destino : destinos_) {
+            destino->reserve(destino->size() + pares.size());
             for (const auto& [clave, valor] : pares) destino->try_emplace(clave, valor);
+        }
     }
 }
 

@@ -1,11 +1,15 @@
 #pragma once
 
 #include <initializer_list>
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace teskal {
 
@@ -16,64 +20,94 @@ inline constexpr std::string_view separadorPropiedad = " \u203A ";
 inline constexpr std::string_view claveTipoIFC = "__tipoIFC";
 
 // Property key ("Pset_WallCommon › IsExternal" or "__tipoIFC") to value, in
-// key order. Copies share one storage until one of them is written, so the
-// index by Name and the index by GlobalId hold the entry of an element whose
-// Name no other element bears once.
+// ascending key order. The pairs lie in one sorted buffer: an element holds a
+// handful of properties, so a binary search over one allocation is quicker to
+// build, read and free than a tree of nodes. Copies share one storage until
+// one of them is written, so the index by Name and the index by GlobalId hold
+// the entry of an element whose Name no other element bears once.
 class PropiedadesElemento {
 public:
-    using Mapa = std::map<std::string, std::string>;
-    using key_type = Mapa::key_type;
-    using mapped_type = Mapa::mapped_type;
-    using value_type = Mapa::value_type;
-    using size_type = Mapa::size_type;
-    using const_iterator = Mapa::const_iterator;
+    using key_type = std::string;
+    using mapped_type = std::string;
+    using value_type = std::pair<std::string, std::string>;
+    using Pares = std::vector<value_type>;
+    using size_type = Pares::size_type;
+    using const_iterator = Pares::const_iterator;
     using iterator = const_iterator; // values change through the writers below
 
     PropiedadesElemento() = default;
-    PropiedadesElemento(std::initializer_list<value_type> pares)
-        : mapa_(std::make_shared<Mapa>(pares)) {}
+    // Of repeated keys the last stands, as in successive assignments.
+    PropiedadesElemento(std::initializer_list<value_type> pares) {
+        for (const auto& [clave, valor] : pares) insert_or_assign(clave, valor);
+    }
 
-    const Mapa& mapa() const { return mapa_ ? *mapa_ : vacio(); }
-    const_iterator begin() const { return mapa().begin(); }
-    const_iterator end() const { return mapa().end(); }
-    size_type size() const { return mapa_ ? mapa_->size() : 0; }
+    const Pares& pares() const { return pares_ ? *pares_ : vacio(); }
+    const_iterator begin() const { return pares().begin(); }
+    const_iterator end() const { return pares().end(); }
+    size_type size() const { return pares_ ? pares_->size() : 0; }
     bool empty() const { return size() == 0; }
-    const_iterator find(const std::string& clave) const { return mapa().find(clave); }
-    size_type count(const std::string& clave) const { return mapa().count(clave); }
-    bool contains(const std::string& clave) const { return mapa().contains(clave); }
-    const std::string& at(const std::string& clave) const { return mapa().at(clave); }
+    const_iterator find(std::string_view clave) const {
+        const auto it = posicion(pares(), clave);
+        return it != end() && it->first == clave ? it : end();
+    }
+    size_type count(std::string_view clave) const { return find(clave) != end() ? 1 : 0; }
+    bool contains(std::string_view clave) const { return find(clave) != end(); }
+    // Throws std::out_of_range where the key is not there.
+    const std::string& at(std::string_view clave) const;
 
-    std::string& operator[](const std::string& clave) { return escribir()[clave]; }
-    std::string& operator[](std::string&& clave) { return escribir()[std::move(clave)]; }
+    std::string& operator[](std::string_view clave) { return escribir(clave, clave).first->second; }
     template <class K, class V> void insert_or_assign(K&& clave, V&& valor) {
-        escribir().insert_or_assign(std::forward<K>(clave), std::forward<V>(valor));
+        const std::string_view vista(clave);
+        escribir(vista, std::forward<K>(clave)).first->second = std::forward<V>(valor);
     }
     // Sets the value only where the key is not there yet.
     template <class K, class V> void try_emplace(K&& clave, V&& valor) {
-        escribir().try_emplace(std::forward<K>(clave), std::forward<V>(valor));
+        const std::string_view vista(clave);
+        auto [it, nuevo] = escribir(vista, std::forward<K>(clave));
+        if (nuevo) it->second = std::forward<V>(valor);
     }
-    size_type erase(const std::string& clave) { return mapa_ ? escribir().erase(clave) : 0; }
-    void clear() { mapa_.reset(); }
+    size_type erase(std::string_view clave);
+    void clear() { pares_.reset(); }
+    // Room for n pairs in this copy's own storage.
+    void reserve(size_type n) { propios().reserve(n); }
 
     friend bool operator==(const PropiedadesElemento& a, const PropiedadesElemento& b) {
-        return a.mapa_ == b.mapa_ || a.mapa() == b.mapa();
+        return a.pares_ == b.pares_ || a.pares() == b.pares();
     }
 
 private:
-    static const Mapa& vacio() {
-        static const Mapa mapa;
-        return mapa;
+    static const Pares& vacio() {
+        static const Pares pares;
+        return pares;
+    }
+    static Pares::const_iterator posicion(const Pares& p, std::string_view clave) {
+        return std::lower_bound(p.begin(), p.end(), clave,
+                                [](const value_type& par, std::string_view c) { return par.first < c; });
     }
     // The storage of this copy alone, taken apart from the others first.
-    Mapa& escribir() {
-        if (!mapa_)
-            mapa_ = std::make_shared<Mapa>();
-        else if (mapa_.use_count() > 1)
-            mapa_ = std::make_shared<Mapa>(*mapa_);
-        return *mapa_;
+    Pares& propios() {
+        if (!pares_)
+            pares_ = std::make_shared<Pares>();
+        else if (pares_.use_count() > 1)
+            pares_ = std::make_shared<Pares>(*pares_);
+        return *pares_;
+    }
+    // The pair of the key in this copy's storage, made with an empty value
+    // where the key is not there (second: whether it was made); a new pair
+    // takes its key from nueva, moved when it is a string.
+    template <class K>
+    std::pair<Pares::iterator, bool> escribir(std::string_view clave, K&& nueva) {
+        Pares& p = propios();
+        const auto i = posicion(p, clave) - p.cbegin();
+        const auto it = p.begin() + i;
+        if (it != p.end() && it->first == clave) return {it, false};
+        if constexpr (std::is_same_v<std::remove_cvref_t<K>, std::string>)
+            return {p.emplace(it, std::forward<K>(nueva), std::string()), true};
+        else
+            return {p.emplace(it, std::string(clave), std::string()), true};
     }
 
-    std::shared_ptr<Mapa> mapa_; // none while empty
+    std::shared_ptr<Pares> pares_; // none while empty
 };
 // Element name to its properties: what one IFC file yields.
 using PropiedadesModelo = std::unordered_map<std::string, PropiedadesElemento>;

@@ -60,7 +60,7 @@ std::vector<FilaDetalle> filasDetalle(const ContentView& cv, const Node& nodo) {
     const PropiedadesElemento* propiedades = cv.propiedadesDe(nodo);
     if (!propiedades || propiedades->empty()) return filas;
     filas.push_back({"── Propiedades IFC ──", ""});
-    // The entry is an ordered map: its keys come in ascending text order.
+    // The entry keeps its keys in ascending text order.
     for (const auto& [k, v] : *propiedades) filas.push_back({k, v});
     return filas;
 }
