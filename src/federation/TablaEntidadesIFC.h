@@ -79,11 +79,12 @@ TablaEntidadesIFC::TablaEntidadesIFC(std::string_view texto, Conservar conservar
     // goes to the sparse map so that a stray huge number costs no memory.
     limiteDenso_ = texto.size() / 4 + 1024;
     PartesEntidad partes;
+    ClasificadorTiposIFC clasificar;
     recorrerSentenciasSTEP(texto, [&](std::string_view sentencia, bool estable) {
         if (!partirEntidadSTEP(sentencia, partes)) return;
         const auto id = leerEntero(recortar(partes.numero));
         if (!id) return;
-        const ClaseIFC clase = clasificarTipoIFC(partes.tipo);
+        const ClaseIFC clase = clasificar(partes.tipo);
         bool conservada;
         if constexpr (std::is_invocable_v<Conservar&, const ClaseIFC&>)
             conservada = conservar(clase);

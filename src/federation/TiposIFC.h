@@ -3,6 +3,8 @@
 #include "federation/NombresTiposIFC.h"
 
 #include <cstdint>
+#include <array>
+#include <cstring>
 #include <string_view>
 
 // The IFC entity types that the text index reads, and their recognition from
@@ -72,5 +74,32 @@ std::string_view nombreProductoIFC(std::uint16_t producto);
 // Trims the type name as written in a statement and tells what it is, in any
 // case: Otro (and no product) for a type that no reader handles.
 ClaseIFC clasificarTipoIFC(std::string_view tipoEscrito);
+
+// clasificarTipoIFC with a memory of the type names met last: a file names a
+// few dozen types over and over, so most statements are classified by one
+// comparison of their type's text. One per scan.
+class ClasificadorTiposIFC {
+public:
+    ClaseIFC operator()(std::string_view tipoEscrito) {
+        const std::size_t n = tipoEscrito.size();
+        if (n == 0 || n > largoMaximo) return clasificarTipoIFC(tipoEscrito);
+        const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(tipoEscrito[i]); };
+        Recordado& r = recordados_[(n * 31 + byte(n - 1) * 7 + byte(n / 2)) % recordados_.size()];
+        if (r.largo == n && std::memcmp(r.texto.data(), tipoEscrito.data(), n) == 0) return r.clase;
+        r.clase = clasificarTipoIFC(tipoEscrito);
+        r.largo = n;
+        std::memcpy(r.texto.data(), tipoEscrito.data(), n);
+        return r.clase;
+    }
+
+private:
+    static constexpr std::size_t largoMaximo = 48;
+    struct Recordado {
+        std::size_t largo = 0;
+        std::array<char, largoMaximo> texto{};
+        ClaseIFC clase;
+    };
+    std::array<Recordado, 64> recordados_{};
+};
 
 } // namespace teskal
