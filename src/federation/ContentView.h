@@ -10,6 +10,8 @@
 #include "scene/ColoresSistema.h"
 #include "scene/Node.h"
 #include "viewport/ViewportController.h"
+#include "viewport/markup/EstadoMarkup.h"
+#include "viewport/medicion/EstadoMedicion.h"
 
 #include <QJsonObject>
 #include <QObject>
@@ -107,6 +109,10 @@ public:
     bool modoCorteCamara = false;
     double distanciaCorte = 0.5;
     bool mostrarPopoverCorte = false;
+    // Measuring in the 3D view (viewport/medicion/).
+    EstadoMedicion medicion;
+    // Markup comments and their drawing (viewport/markup/).
+    EstadoMarkup markup;
 
     // Version comparison: two slots beside the disciplines.
     std::shared_ptr<Node> modeloBase, modeloNuevo;
@@ -166,7 +172,6 @@ public:
     std::vector<SeccionGuardada> seccionesGuardadas;
     CotasPorTitulo almacenCotas;       // dimensions by sheet title
     EtiquetasPorTitulo almacenEtiquetas; // labels by sheet title
-    std::vector<ComentarioMarkup> comentarios;
     TimeLinerConfig timeLiner = TimeLinerConfig::porDefecto();
 
     // Reporting.
@@ -239,6 +244,37 @@ public:
     static std::string claveDeNodo(const Node& nodo);
     // True while the node is one of the two elements of a listed clash.
     bool enInterferencia(const Node& nodo) const;
+
+    // Measuring (viewport/medicion/Medicion3D.cpp). A tool button: the same
+    // tool again turns measuring off; another one starts afresh. Both clear
+    // what is drawn.
+    void pulsarModoMedicion(ModoMedicion3D modo);
+    void registrarPunto(const glm::vec3& p);
+    void limpiarMedicion();
+    void cerrarPoligono();
+    // A click and a mouse move over the view while a tool is on.
+    void clicMedicion(const VistaRaton& vista);
+    void moverRatonMedicion(const VistaRaton& vista);
+    void quitarHoverMedicion();
+    // The surface point under the mouse, snapped to a vertex when one is near.
+    std::optional<PuntoMedido> puntoBajoRaton(const VistaRaton& vista);
+
+    // Markup comments (viewport/markup/Markup.cpp).
+    void nuevoComentario();
+    // Saves the drawing as the next comment, with the picture of the view.
+    void guardarComentario();
+    void cancelarMarkup();
+    void elegirColorMarkup(int indice);
+    void fijarModoTextoMarkup(bool texto);
+    void fijarGrosorMarkup(double grosor);
+    void limpiarAnotaciones();
+    void agregarTrazado(TrazadoMarkup trazado);
+    void agregarTexto(TextoMarkup texto);
+    void pedirEliminarComentario(const std::string& id);
+    void confirmarEliminarComentario();
+    void cancelarEliminarComentario();
+    void abrirDetalleComentario(const std::string& id);
+    void cerrarDetalleComentario();
 
     // Version comparison.
     // "Cargar" on a slot: the picker, or first the alert while a comparison stands.
@@ -341,6 +377,7 @@ private:
     // Repaints the two versions from a fresh matching (after a recolour).
     void repintarXOR();
     void limpiarResaltado();
+    void agregarFiguraMedicion(std::shared_ptr<Node> figura);
 
     std::string carpetaPrograma_;
     // One token per generation of conversions: a cancel sets it and starts

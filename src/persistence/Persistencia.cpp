@@ -48,7 +48,7 @@ ProyectoTESKAL ContentView::construirProyecto() const {
     p.secciones = seccionesGuardadas;
     p.cotasPorSeccion = almacenCotas;
     p.etiquetasPorSeccion = etiquetasGuardadas(almacenEtiquetas);
-    p.comentarios = comentarios;
+    p.comentarios = markup.comentarios;
     return p;
 }
 
@@ -264,7 +264,7 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
     }
     timeLiner = p.timeLiner.value_or(TimeLinerConfig::porDefecto());
     seccionesGuardadas = p.secciones.value_or(std::vector<SeccionGuardada>{});
-    comentarios = p.comentarios.value_or(std::vector<ComentarioMarkup>{});
+    markup.comentarios = p.comentarios.value_or(std::vector<ComentarioMarkup>{});
     almacenCotas = p.cotasPorSeccion.value_or(CotasPorTitulo{});
     almacenEtiquetas = p.etiquetasPorSeccion ? etiquetasRestauradas(*p.etiquetasPorSeccion) : EtiquetasPorTitulo{};
     emit changed();

@@ -88,6 +88,10 @@ void Node::setOpacity(float v) {
     opacidad_ = v;
     tocarApariencia();
 }
+void Node::setBillboard(bool v) {
+    billboard_ = v;
+    tocarApariencia();
+}
 void Node::setLight(std::optional<Light> l) {
     luz_ = std::move(l);
     tocarEstructura();

@@ -75,6 +75,11 @@ public:
     float opacity() const { return opacidad_; }
     void setOpacity(float v);
 
+    // A billboard keeps its own XY plane facing the camera, turned with it:
+    // its world rotation is the camera's, whatever the tree gives it.
+    bool billboard() const { return billboard_; }
+    void setBillboard(bool v);
+
     const std::optional<Light>& light() const { return luz_; }
     void setLight(std::optional<Light> l);
     const std::optional<Camera>& camera() const { return camara_; }
@@ -115,6 +120,7 @@ private:
     glm::vec3 escala_{1.0f};
     bool oculto_ = false;
     float opacidad_ = 1.0f;
+    bool billboard_ = false;
     std::optional<Light> luz_;
     std::optional<Camera> camara_;
     std::shared_ptr<SceneCounters> contadores_;

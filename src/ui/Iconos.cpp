@@ -46,6 +46,18 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"xmark.circle.fill", "process-stop-symbolic"},
         {"square.and.arrow.up.on.square", "document-send-symbolic"},
         {"printer.fill", "document-print-symbolic"},
+        {"skew", "view-app-grid-symbolic"},
+        {"angle", "object-rotate-right-symbolic"},
+        {"mappin.circle", "mark-location-symbolic"},
+        {"xmark.circle", "process-stop-symbolic"},
+        {"pencil.tip.crop.circle", "document-edit-symbolic"},
+        {"doc.text.fill", "x-office-document-symbolic"},
+        {"archivebox", "package-x-generic-symbolic"},
+        {"doc.richtext", "document-print-symbolic"},
+        {"person.fill", "avatar-default-symbolic"},
+        {"calendar", "x-office-calendar-symbolic"},
+        {"lineweight", "format-justify-fill-symbolic"},
+        {"hand.point.up", "input-mouse-symbolic"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

@@ -187,13 +187,13 @@ TEST(DocumentoProyecto, seccionesComentariosYTimelineSeConservan) {
     for (const char* k : {"timeLiner", "secciones", "cotasPorSeccion", "etiquetasPorSeccion", "comentarios"})
         EXPECT_FALSE(json.contains(k)) << k;
     ContentView cv("/no/hay");
-    cv.comentarios.push_back({});
+    cv.markup.comentarios.push_back({});
     const auto leido = decodificarProyecto(json);
     cv.restaurarProyecto(std::get<ProyectoTESKAL>(leido), std::nullopt);
     EXPECT_TRUE(cv.timeLiner.paquetes.empty());
     EXPECT_EQ(cv.timeLiner.moneda, "USD");
     EXPECT_EQ(cv.timeLiner.fechaInicio.toLocalTime().addMonths(12), cv.timeLiner.fechaFin.toLocalTime());
-    EXPECT_TRUE(cv.comentarios.empty());
+    EXPECT_TRUE(cv.markup.comentarios.empty());
 
     // Everything the workspace holds of them comes back after a save and an open.
     cv.seccionesGuardadas = {{"5E0C6A1B-0000-4000-8000-000000000001", "Corte A", 1, 2.5}};
@@ -211,7 +211,7 @@ TEST(DocumentoProyecto, seccionesComentariosYTimelineSeConservan) {
     c.autor = "Ana";
     c.imagenJPEG = QByteArray("\xff\xd8\xff", 3);
     c.trazados = {{"5E0C6A1B-0000-4000-8000-000000000004", {{1, 2}, {3, 4}}, 1, 0, 0, 3}};
-    cv.comentarios = {c};
+    cv.markup.comentarios = {c};
     cv.timeLiner.moneda = "CLP";
     const auto segundo = decodificarProyecto(codificarProyecto(cv.construirProyecto()));
     ASSERT_TRUE(std::holds_alternative<ProyectoTESKAL>(segundo)) << std::get<std::string>(segundo);
@@ -219,7 +219,7 @@ TEST(DocumentoProyecto, seccionesComentariosYTimelineSeConservan) {
     otro.restaurarProyecto(std::get<ProyectoTESKAL>(segundo), std::nullopt);
     EXPECT_EQ(otro.seccionesGuardadas, cv.seccionesGuardadas);
     EXPECT_EQ(otro.almacenCotas, cv.almacenCotas);
-    EXPECT_EQ(otro.comentarios, cv.comentarios);
+    EXPECT_EQ(otro.markup.comentarios, cv.markup.comentarios);
     EXPECT_EQ(otro.timeLiner.moneda, "CLP");
     ASSERT_EQ(otro.almacenEtiquetas["Corte A"].size(), 1u);
     const Etiqueta2D& r = otro.almacenEtiquetas["Corte A"][0];

@@ -144,6 +144,14 @@ void BCFExporter::exportar(Guardar guardar, Completion completion) const {
     });
 }
 
+bool comprimirZip(const QString& carpeta, const QString& archivo) { return comprimir(carpeta, archivo); }
+
+bool escribirArchivoAtomico(const QString& ruta, const QByteArray& datos) {
+    return escribirAtomico(ruta, datos.constData(), datos.size());
+}
+
+bool esImagenPNG(const QByteArray& datos) { return esPNG(datos); }
+
 bool copiarArchivoBCF(const QString& ruta, const QString& destino) {
     QFile::remove(destino);
     return QFile::copy(ruta, destino);

@@ -66,4 +66,11 @@ struct BCFExporter {
 // worked.
 bool copiarArchivoBCF(const QString& ruta, const QString& destino);
 
+// The pieces other archives of the workbench share: /usr/bin/zip -r
+// <archivo> . run in `carpeta` (true on status 0), a file written whole or
+// not at all, and the PNG signature test.
+bool comprimirZip(const QString& carpeta, const QString& archivo);
+bool escribirArchivoAtomico(const QString& ruta, const QByteArray& datos);
+bool esImagenPNG(const QByteArray& datos);
+
 } // namespace teskal

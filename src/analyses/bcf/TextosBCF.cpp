@@ -321,7 +321,14 @@ std::string textoExtensionesBCF(const AnalisisInterferencias& analisis) {
         for (const std::string* e : {&i.especialidadA, &i.especialidadB})
             if (std::find(etiquetas.begin(), etiquetas.end(), *e) == etiquetas.end())
                 etiquetas.push_back(*e);
+    std::vector<std::string_view> estados;
+    for (const EstadoClash e : estadosClash) estados.push_back(estadoBCF(e));
+    return textoExtensionesBCF({"Clash"}, estados, etiquetas);
+}
 
+std::string textoExtensionesBCF(const std::vector<std::string_view>& tipos,
+                                const std::vector<std::string_view>& estados,
+                                const std::vector<std::string_view>& etiquetas) {
     std::string t;
     const auto restriccion = [&t](std::string_view tipo, const auto& valores) {
         t += "        <xs:simpleType name=\"";
@@ -336,13 +343,10 @@ std::string textoExtensionesBCF(const AnalisisInterferencias& analisis) {
         }
         t += "            </xs:restriction>\n        </xs:simpleType>\n";
     };
-    std::vector<std::string_view> estados;
-    for (const EstadoClash e : estadosClash) estados.push_back(estadoBCF(e));
-
     t += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
     t += "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\">\n";
     t += "    <xs:redefine schemaLocation=\"markup.xsd\">\n";
-    restriccion("TopicType", std::array<std::string_view, 1>{"Clash"});
+    restriccion("TopicType", tipos);
     restriccion("TopicStatus", estados);
     restriccion("TopicLabel", etiquetas);
     t += "    </xs:redefine>\n";

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 // The documents of a BCF 2.1 archive of clashes, built by joining fixed
 // literals and values. Line ends are single line feeds and no text ends with
@@ -62,6 +63,10 @@ std::string textoViewpointBCF(const Interferencia& interferencia, std::string_vi
 // carry ("Clash" and their disciplines, each once, in order of appearance),
 // as restrictions of markup.xsd's types.
 std::string textoExtensionesBCF(const AnalisisInterferencias& analisis);
+// The same schema for any topic types, statuses and labels, in the order given.
+std::string textoExtensionesBCF(const std::vector<std::string_view>& tipos,
+                                const std::vector<std::string_view>& estados,
+                                const std::vector<std::string_view>& etiquetas);
 
 // The archive's file name: the analysis name keeping only the letters and
 // digits of any script, "-", "_" and blank, then ".bcf"; everything else is

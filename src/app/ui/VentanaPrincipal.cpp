@@ -13,6 +13,10 @@
 #include "federation/ContentView.h"
 #include "federation/ui/DialogosFederacion.h"
 #include "federation/ui/PanelFederacion.h"
+#include "viewport/markup/ui/LienzoMarkupView.h"
+#include "viewport/markup/ui/PanelComentarios.h"
+#include "viewport/markup/ui/PanelMarkup.h"
+#include "viewport/markup/ui/ReporteComentariosView.h"
 #include "viewport/ui/BarraVisor.h"
 #include "viewport/ui/LeyendaVisor.h"
 #include "viewport/ui/VisorEscena.h"
@@ -71,6 +75,11 @@ VentanaPrincipal::VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro
     capasVisor->addWidget(herramientas, 0, 0, Qt::AlignTop | Qt::AlignHCenter);
     auto* leyenda = new LeyendaVisor(cv_, visor_);
     capasVisor->addWidget(leyenda, 0, 0, Qt::AlignTop | Qt::AlignRight);
+    // The markup canvas over the view, and its panel over the canvas.
+    lienzo_ = new LienzoMarkupView(cv_, visor_);
+    capasVisor->addWidget(lienzo_, 0, 0);
+    capasVisor->addWidget(new PanelMarkup(cv_, visor_), 0, 0, Qt::AlignBottom | Qt::AlignHCenter);
+    cv_.markup.capturarVista = [this] { return capturarVistaMarkup(visorEscena_, lienzo_); };
 
     detalle_->addWidget(bienvenida_);
     detalle_->addWidget(visor_);
@@ -195,6 +204,10 @@ QWidget* VentanaPrincipal::crearBarraLateral() {
         if (indice < cv_.historialAnalisis.size()) abrirReporte(cv_.historialAnalisis[indice]);
     });
     v->addWidget(interferencias);
+    v->addWidget(tituloSeccion(QStringLiteral("Comentarios"), lateral));
+    auto* comentarios = new PanelComentarios(cv_, lateral);
+    connect(comentarios, &PanelComentarios::reporteSolicitado, this, &VentanaPrincipal::abrirReporteComentarios);
+    v->addWidget(comentarios);
     v->addStretch(1);
     desplazable->setWidget(lateral);
     return desplazable;
@@ -248,6 +261,16 @@ void VentanaPrincipal::sincronizar() {
         dialogoAnalisis_->open();
     }
     if (cv_.analisisPendienteEliminar && !alertaEliminarAnalisis_) abrirEliminarAnalisis();
+    if (cv_.markup.comentarioPendElim && !alertaEliminarComentario_)
+        alertaEliminarComentario_ = abrirConfirmacion(
+            QStringLiteral("Eliminar comentario"), QStringLiteral("Esta acción no se puede deshacer."),
+            QStringLiteral("Eliminar"), true, QStringLiteral("alertaEliminarComentario"),
+            [this] { cv_.confirmarEliminarComentario(); }, [this] { cv_.cancelarEliminarComentario(); });
+    if (cv_.markup.detalleComentario && !detalleComentario_) {
+        detalleComentario_ = new DialogoDetalleComentario(cv_, this);
+        detalleComentario_->setAttribute(Qt::WA_DeleteOnClose);
+        detalleComentario_->open();
+    }
     if (cv_.confirmarLimpiarXOR && !alertaLimpiarXOR_)
         alertaLimpiarXOR_ = abrirConfirmacion(
             QStringLiteral("Limpiar comparación XOR"),
@@ -517,6 +540,16 @@ void VentanaPrincipal::abrirReporte(const AnalisisInterferencias& analisis) {
     connect(&cv_, &ContentView::changed, ventana.get(), [this, w = ventana.get()] {
         for (const AnalisisInterferencias& a : cv_.historialAnalisis) w->seguirEstados(a);
     });
+    ventana->show();
+    reportWindows_.push_back(std::move(ventana));
+}
+
+void VentanaPrincipal::abrirReporteComentarios() {
+    auto ventana = std::make_unique<ReporteComentariosView>(
+        cv_.markup.comentarios, [this](std::string mensaje) { cv_.mostrarError(std::move(mensaje)); });
+    ventana->resize(760, 700);
+    if (const QScreen* pantalla = screen())
+        ventana->move(pantalla->availableGeometry().center() - ventana->rect().center());
     ventana->show();
     reportWindows_.push_back(std::move(ventana));
 }

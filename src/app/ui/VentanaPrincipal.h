@@ -25,6 +25,8 @@ class DialogoTransformacion;
 class AlertaModelosAusentes;
 class VentanaAcercaDe;
 class VisorEscena;
+class LienzoMarkupView;
+class DialogoDetalleComentario;
 
 // The workbench's main window: the sidebar with its sections, the detail
 // column (welcome state or 3D view) with the progress overlay, the menus, and
@@ -35,6 +37,7 @@ public:
     VentanaPrincipal(ContentView& cv, CentroNotificaciones& centro, QWidget* parent = nullptr);
 
     VisorEscena* visorEscena() const { return visorEscena_; }
+    LienzoMarkupView* lienzoMarkup() const { return lienzo_; }
 
     // Opens the report of a copy of this analysis in a window of its own,
     // kept (not deleted) when the user closes it.
@@ -42,6 +45,8 @@ public:
     // The change report of the standing comparison, with its images rendered
     // from the two versions; nothing without a comparison.
     void abrirInformeXOR();
+    // The comment report of a copy of the comments as they stand.
+    void abrirReporteComentarios();
     const std::vector<std::unique_ptr<QWidget>>& reportWindows() const { return reportWindows_; }
 
 protected:
@@ -89,6 +94,9 @@ private:
     QPointer<QMessageBox> alertaEliminarAnalisis_;
     QPointer<QMessageBox> alertaLimpiarXOR_;
     QPointer<QMessageBox> alertaCargarXOR_;
+    QPointer<QMessageBox> alertaEliminarComentario_;
+    QPointer<DialogoDetalleComentario> detalleComentario_;
+    LienzoMarkupView* lienzo_ = nullptr;
     QPointer<DialogoConfigAnalisis> dialogoAnalisis_;
     QPointer<DialogoNuevaEspecialidad> dialogoNueva_;
     QPointer<DialogoColorEspecialidad> dialogoColor_;

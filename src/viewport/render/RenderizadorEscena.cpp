@@ -75,6 +75,16 @@ glm::vec4 colorEfectivo(const Material* m, float opacidad, bool oculto) {
     return {d.r, d.g, d.b, d.a * m->transparency() * opacidad};
 }
 
+// A helper's model matrix; a billboard keeps its place and size and takes the
+// camera's rotation, so that its XY plane faces the view.
+glm::mat4 matrizAyudante(const Node& n, const CamaraRender& camara) {
+    const glm::mat4 m = n.worldTransform();
+    if (!n.billboard()) return m;
+    const glm::vec3 escala(glm::length(glm::vec3(m[0])), glm::length(glm::vec3(m[1])), glm::length(glm::vec3(m[2])));
+    return glm::translate(glm::mat4(1.0f), glm::vec3(m[3])) * glm::mat4(glm::transpose(glm::mat3(camara.vista))) *
+           glm::scale(glm::mat4(1.0f), escala);
+}
+
 std::size_t mezclar(std::size_t h, std::size_t v) { return h ^ (v + 0x9e3779b97f4a7c15ull + (h << 6) + (h >> 2)); }
 
 } // namespace
@@ -151,7 +161,7 @@ void RenderizadorEscena::liberar() {
         glDeleteVertexArrays(1, &b->vao);
     }
     buffersAyudantes_.clear();
-    for (auto& [img, t] : texturas_) glDeleteTextures(1, &t);
+    for (auto& [img, t] : texturas_) glDeleteTextures(1, &t.first);
     texturas_.clear();
     glDeleteBuffers(1, &tboBuffer_);
     glDeleteTextures(1, &tboTextura_);
@@ -273,7 +283,7 @@ void RenderizadorEscena::sincronizarEstructura(Scene& escena) {
             ++it;
             continue;
         }
-        glDeleteTextures(1, &it->second);
+        glDeleteTextures(1, &it->second.first);
         it = texturas_.erase(it);
     }
     for (auto it = buffersAyudantes_.begin(); it != buffersAyudantes_.end();) {
@@ -396,9 +406,13 @@ RenderizadorEscena::BufferAyudante& RenderizadorEscena::bufferDe(const Geometry&
     return *b;
 }
 
-unsigned RenderizadorEscena::texturaDe(const ImagenRGBA& imagen) {
-    auto& t = texturas_[&imagen];
+unsigned RenderizadorEscena::texturaDe(const std::shared_ptr<const ImagenRGBA>& referencia) {
+    // The entry holds the image, so that no other image takes its address
+    // while its texture is kept (labels are replaced at every mouse move).
+    auto& [t, sostenida] = texturas_[referencia.get()];
     if (t) return t;
+    sostenida = referencia;
+    const ImagenRGBA& imagen = *referencia;
     glGenTextures(1, &t);
     glBindTexture(GL_TEXTURE_2D, t);
     // Rows come top down; texture coordinate 0 is the bottom row.
@@ -537,7 +551,7 @@ void RenderizadorEscena::dibujarAyudantes(const CamaraRender& camara, const glm:
         if (esTransparente != transparentes) continue;
 
         BufferAyudante& b = bufferDe(g);
-        glUniformMatrix4fv(p.uniformLocation("uModelo"), 1, GL_FALSE, glm::value_ptr(n.worldTransform()));
+        glUniformMatrix4fv(p.uniformLocation("uModelo"), 1, GL_FALSE, glm::value_ptr(matrizAyudante(n, camara)));
         p.setUniformValue("uDifuso", c.r, c.g, c.b, c.a);
         const Color e = m ? m->emission() : Color{0, 0, 0, 1};
         p.setUniformValue("uEmision", e.r, e.g, e.b);
@@ -545,7 +559,7 @@ void RenderizadorEscena::dibujarAyudantes(const CamaraRender& camara, const glm:
         p.setUniformValue("uConTextura", conTextura);
         if (conTextura) {
             glActiveTexture(GL_TEXTURE2);
-            glBindTexture(GL_TEXTURE_2D, texturaDe(*m->diffuseImagen()));
+            glBindTexture(GL_TEXTURE_2D, texturaDe(m->diffuseImagen()));
             p.setUniformValue("uEscalaTextura", m->escalaContenido().x, m->escalaContenido().y);
         } else {
             p.setUniformValue("uEscalaTextura", 1.0f, 1.0f);
@@ -690,7 +704,7 @@ std::optional<ResultadoPick> RenderizadorEscena::elegir(Scene& escena, const Cam
         estadoHeredado(n, oculto, opacidad);
         if (oculto || opacidad <= 0) continue;
         BufferAyudante& b = bufferDe(*n.geometry());
-        glUniformMatrix4fv(p.uniformLocation("uModelo"), 1, GL_FALSE, glm::value_ptr(n.worldTransform()));
+        glUniformMatrix4fv(p.uniformLocation("uModelo"), 1, GL_FALSE, glm::value_ptr(matrizAyudante(n, camara)));
         glUniform1ui(p.uniformLocation("uIdUnico"), static_cast<GLuint>(a.id));
         glBindVertexArray(b.vao);
         for (std::size_t k = 0; k < b.elementos.size(); ++k)

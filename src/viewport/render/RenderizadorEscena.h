@@ -35,8 +35,9 @@ struct EstadisticasRender {
 // colour, emission, opacity and visibility in a texture buffer that is
 // rewritten when the scene's appearance counter moves; geometry is uploaded
 // again only when the structure counter moves, and then only for the batches
-// whose content changed. Helpers (floor, grid lines, measurement figures) are
-// few and drawn one by one. An opaque pass, then a transparent pass without
+// whose content changed. Helpers (floor, grid lines, measurement figures and
+// their labels) are few and drawn one by one after the batches, in rendering
+// order; a billboard helper faces the camera. An opaque pass, then a transparent pass without
 // depth writes; shadows from the directional light "_TESKAL_LuzDir".
 // All calls need the owner's GL context current.
 class RenderizadorEscena : protected QOpenGLFunctions_3_3_Core {
@@ -72,7 +73,7 @@ private:
     void sincronizarApariencia();
     void subirLote(Lote& lote);
     BufferAyudante& bufferDe(const Geometry& g);
-    unsigned texturaDe(const ImagenRGBA& imagen);
+    unsigned texturaDe(const std::shared_ptr<const ImagenRGBA>& imagen);
     void dibujarSombras(Scene& escena, glm::mat4& luzVP);
     void dibujarLotes(QOpenGLShaderProgram& p, int pase);
     void dibujarAyudantes(const CamaraRender& camara, const glm::mat4& luzVP, bool transparentes);
@@ -85,7 +86,7 @@ private:
     std::vector<std::unique_ptr<Lote>> lotes_;
     std::vector<Ayudante> ayudantes_;
     std::unordered_map<const Geometry*, std::unique_ptr<BufferAyudante>> buffersAyudantes_;
-    std::unordered_map<const ImagenRGBA*, unsigned> texturas_;
+    std::unordered_map<const ImagenRGBA*, std::pair<unsigned, std::shared_ptr<const ImagenRGBA>>> texturas_;
     std::vector<std::weak_ptr<Node>> nodoDeId_; // id - 1 to node
     std::size_t elementos_ = 0;
     unsigned tboBuffer_ = 0, tboTextura_ = 0;

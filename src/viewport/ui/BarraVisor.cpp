@@ -122,11 +122,62 @@ BarraVisor::BarraVisor(ContentView& cv, QWidget* parent) : QFrame(parent), cv_(c
     connect(corte_, &QToolButton::clicked, this, [this] { cv_.pulsarCorte(); });
     h->addWidget(corte_);
 
+    // The measuring tools, then "Limpiar" and "Cerrar" while they apply.
+    struct Herramienta {
+        ModoMedicion3D modo;
+        const char* texto;
+        const char* simbolo;
+        const char* nombre;
+    };
+    for (const Herramienta& t : {Herramienta{ModoMedicion3D::distancia, "Dist.", "ruler", "distancia"},
+                                 Herramienta{ModoMedicion3D::area, "Área", "skew", "área"},
+                                 Herramienta{ModoMedicion3D::angulo, "Ángulo", "angle", "ángulo"},
+                                 Herramienta{ModoMedicion3D::punto, "Punto", "mappin.circle", "punto"}}) {
+        auto* b = new QToolButton(this);
+        b->setObjectName(QStringLiteral("medir_") + QString::number(static_cast<int>(t.modo)));
+        b->setIcon(iconoSimbolo(t.simbolo));
+        b->setText(QString::fromUtf8(t.texto));
+        b->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        b->setAutoRaise(true);
+        b->setCheckable(true);
+        b->setProperty("tooltipActivo", QStringLiteral("Medir %1 activo — clic para desactivar").arg(QString::fromUtf8(t.nombre)));
+        const ModoMedicion3D modo = t.modo;
+        connect(b, &QToolButton::clicked, this, [this, modo] { cv_.pulsarModoMedicion(modo); });
+        h->addWidget(b);
+        herramientas_.push_back({modo, b});
+    }
+    limpiar_ = new QToolButton(this);
+    limpiar_->setObjectName(QStringLiteral("limpiarMedicion"));
+    limpiar_->setIcon(iconoSimbolo("xmark.circle"));
+    limpiar_->setText(QStringLiteral("Limpiar"));
+    limpiar_->setToolTip(QStringLiteral("Limpiar medición"));
+    limpiar_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    limpiar_->setAutoRaise(true);
+    connect(limpiar_, &QToolButton::clicked, this, [this] { cv_.limpiarMedicion(); });
+    h->addWidget(limpiar_);
+    cerrar_ = new QToolButton(this);
+    cerrar_->setObjectName(QStringLiteral("cerrarPoligono"));
+    cerrar_->setIcon(iconoSimbolo("checkmark.circle.fill"));
+    cerrar_->setText(QStringLiteral("Cerrar"));
+    cerrar_->setToolTip(QStringLiteral("Cerrar polígono y calcular área"));
+    cerrar_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    cerrar_->setAutoRaise(true);
+    connect(cerrar_, &QToolButton::clicked, this, [this] { cv_.cerrarPoligono(); });
+    h->addWidget(cerrar_);
+
     connect(&cv_, &ContentView::changed, this, &BarraVisor::sincronizar);
     sincronizar();
 }
 
 void BarraVisor::sincronizar() {
+    const EstadoMedicion& m = cv_.medicion;
+    for (const auto& [modo, boton] : herramientas_) {
+        const bool activo = m.modoMedicion3D == modo;
+        boton->setChecked(activo);
+        boton->setToolTip(activo ? boton->property("tooltipActivo").toString() : boton->text());
+    }
+    limpiar_->setVisible(m.medicionPuntoA.has_value() || !m.medicionPuntosArea.empty());
+    cerrar_->setVisible(m.modoMedicion3D == ModoMedicion3D::area && m.medicionPuntosArea.size() >= 3);
     corte_->setChecked(cv_.modoCorteCamara);
     corte_->setToolTip(cv_.modoCorteCamara
                            ? q("Corte de cámara activo (" + formato("%.2f", cv_.distanciaCorte) +

@@ -2,6 +2,10 @@
 
 #include <QFrame>
 #include <QPointer>
+#include <utility>
+#include <vector>
+
+#include "viewport/medicion/EstadoMedicion.h"
 
 class QToolButton;
 
@@ -10,8 +14,9 @@ namespace teskal {
 class ContentView;
 class PopoverCorte;
 
-// The toolbar over the 3D view: zoom extents, the preset views and the
-// camera cut with its popover.
+// The toolbar over the 3D view: zoom extents, the preset views, the camera
+// cut with its popover, and the four measuring tools with "Limpiar" and
+// "Cerrar".
 class BarraVisor : public QFrame {
     Q_OBJECT
 public:
@@ -22,6 +27,9 @@ private:
 
     ContentView& cv_;
     QToolButton* corte_ = nullptr;
+    std::vector<std::pair<ModoMedicion3D, QToolButton*>> herramientas_;
+    QToolButton* limpiar_ = nullptr;
+    QToolButton* cerrar_ = nullptr;
     QPointer<QFrame> popover_;
 };
 

@@ -2,6 +2,7 @@
 
 #include "federation/ContentView.h"
 #include "scene/Orientacion.h"
+#include "viewport/ui/EtiquetasMedicion.h"
 
 #include <QMouseEvent>
 #include <QWheelEvent>
@@ -19,6 +20,9 @@ VisorEscena::VisorEscena(ContentView& cv, QWidget* parent) : QOpenGLWidget(paren
     setFormat(f);
     setMinimumSize(200, 150);
     setFocusPolicy(Qt::ClickFocus);
+    // Hovering while a measuring tool is on shows the snap ring.
+    setMouseTracking(true);
+    cv_.medicion.pintorEtiquetas = pintarEtiquetaMedicion;
 
     // The view's own perspective camera, until the first framing moves it.
     camara_ = Node::crear("_TESKAL_Camara");
@@ -77,7 +81,19 @@ std::optional<ResultadoPick> VisorEscena::elegirEn(QPoint punto, bool incluirPis
     return r;
 }
 
+VistaRaton VisorEscena::vistaRaton(QPointF punto) const {
+    const float w = static_cast<float>(std::max(width(), 1)), h = static_cast<float>(std::max(height(), 1));
+    const auto cam = CamaraRender::desdeNodo(*camara_, w / h);
+    return {cam.proyeccion * cam.vista, cam.posicion, {w, h},
+            {static_cast<float>(punto.x()), static_cast<float>(punto.y())}};
+}
+
 void VisorEscena::alClicar(QPoint punto) {
+    if (cv_.medicion.modoMedicion3D != ModoMedicion3D::inactivo) {
+        cv_.clicMedicion(vistaRaton(punto));
+        update();
+        return;
+    }
     const auto hit = elegirEn(punto, false);
     cv_.seleccionarNodo(hit ? hit->nodo : nullptr);
 }
@@ -93,7 +109,13 @@ void VisorEscena::mousePressEvent(QMouseEvent* e) {
 }
 
 void VisorEscena::mouseMoveEvent(QMouseEvent* e) {
-    if (boton_ == Qt::NoButton) return;
+    if (boton_ == Qt::NoButton) {
+        if (cv_.medicion.modoMedicion3D != ModoMedicion3D::inactivo) {
+            cv_.moverRatonMedicion(vistaRaton(e->position()));
+            update();
+        }
+        return;
+    }
     const QPoint p = e->position().toPoint();
     if ((p - pulsado_).manhattanLength() > 3) movido_ = true;
     const QPoint d = p - ultimo_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/medicion/EstadoMedicion.h"
 #include "viewport/render/RenderizadorEscena.h"
 
 #include <QOpenGLWidget>
@@ -13,7 +14,9 @@ class ContentView;
 
 // The 3D view of the workspace's scene: draws it with the batched renderer,
 // orbits (left drag), pans (right or middle drag) and dollies (wheel) its own
-// camera, and turns a click into the selection of the element under it.
+// camera, and turns a click into the selection of the element under it, or,
+// while a measuring tool is on, into a measured point (hovering shows the
+// snap ring and the rubber band).
 class VisorEscena : public QOpenGLWidget {
     Q_OBJECT
 public:
@@ -27,6 +30,8 @@ public:
     // the floor is selected, or nothing.
     void alClicar(QPoint punto);
     const EstadisticasRender& estadisticas() const { return render_.estadisticas(); }
+    // The camera and the mouse as the measuring commands take them.
+    VistaRaton vistaRaton(QPointF punto) const;
 
 protected:
     void initializeGL() override;
