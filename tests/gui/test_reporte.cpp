@@ -1,17 +1,15 @@
 // Clash reports on real OpenGL (Mesa under Xvfb): thumbnails rendered
-// offscreen and checked where the two elements project (the HTML document
-// itself, names escaped, is test_reporte_html's), the report window
-// before and after its thumbnails, the windows that "Ver Reporte" opens, and
-// the HTML file handed to the browser or the alert when it can't be written,
-// and the review states that follow the sidebar into the page and the BCF.
+// offscreen and checked where the two elements project, the report window
+// before and after its thumbnails, the HTML file handed to the browser or the
+// alert when it can't be written, and the review states that follow the
+// sidebar into the page and the BCF. The HTML document itself, names escaped,
+// is test_reporte_html's; the windows "Ver Reporte" opens are
+// test_analisis_interferencias'.
 #include "../lector_bcf.h"
 #include "analyses/clash/EscenaThumbnail.h"
 #include "analyses/clash/ReporteHTML.h"
 #include "analyses/clash/ui/ReporteAnalisisView.h"
 #include "analyses/clash/ui/ThumbnailInterferencia.h"
-#include "app/ui/VentanaPrincipal.h"
-#include "federation/CentroNotificaciones.h"
-#include "federation/ContentView.h"
 #include "viewport/render/CamaraRender.h"
 #include "viewport/render/RenderizadorImagenes.h"
 
@@ -28,7 +26,6 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
-#include <QToolButton>
 #include <QtTest>
 
 using namespace teskal;
@@ -370,53 +367,6 @@ private slots:
         for (int k = 0; k < 2; ++k)
             QCOMPARE(temas[k][QStringLiteral("vistas")][0][QStringLiteral("snapshot")].toString(),
                      QString::fromLatin1(snapshots[k]));
-    }
-
-    void verReporteAbreVentanasQueSobrevivenAlCierre() {
-        CentroNotificaciones centro;
-        ContentView cv("/no/hay");
-        VentanaPrincipal ventana(cv, centro);
-        ventana.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&ventana));
-        cv.historialAnalisis.push_back(analisis("Fase 1", {clashVivo("ID-1", "Muro", "Tubo")}));
-        emit cv.changed();
-        QToolButton* boton = nullptr;
-        QTRY_VERIFY((boton = hijo<QToolButton>(ventana, "verReporte")) != nullptr);
-        QCOMPARE(boton->text(), QStringLiteral("Ver Reporte"));
-        boton->click();
-        QCOMPARE(ventana.reportWindows().size(), std::size_t(1));
-        QPointer<QWidget> primera = ventana.reportWindows()[0].get();
-        QVERIFY(primera->isWindow() && primera->isVisible());
-        QCOMPARE(primera->windowTitle(), QStringLiteral("Reporte · Fase 1"));
-        QCOMPARE(primera->size(), QSize(820, 700));
-        const QRect pantalla = ventana.screen()->availableGeometry();
-        QVERIFY(qAbs(primera->geometry().center().x() - pantalla.center().x()) <= 1);
-        auto* reporte = qobject_cast<ReporteAnalisisView*>(primera.data());
-        QVERIFY(reporte);
-        QTRY_COMPARE(reporte->thumbnails().size(), std::size_t(1));
-
-        // The window follows a change of state while it is open: the badge,
-        // the cards and the foot. A second window of the analysis is its own.
-        cv.cambiarEstado(0, 0, EstadoClash::resuelto);
-        QCOMPARE(reporte->analisis().interferencias[0].estado, EstadoClash::resuelto);
-        QCOMPARE(texto(*reporte, "estado_ID-1"), QStringLiteral("Resuelto"));
-        QCOMPARE(texto(*hijo(*reporte, "tarjetaAbiertos"), "numero"), QStringLiteral("0"));
-        QCOMPARE(texto(*hijo(*reporte, "tarjetaResueltos"), "numero"), QStringLiteral("1"));
-        QCOMPARE(texto(*reporte, "pieCuentas"),
-                 QStringLiteral("Total interferencias: 1  ·  Resueltas: 1  ·  Pendientes: 0"));
-        QTRY_VERIFY((boton = hijo<QToolButton>(ventana, "verReporte")) != nullptr);
-        boton->click();
-        QCOMPARE(ventana.reportWindows().size(), std::size_t(2));
-        auto* segunda = qobject_cast<ReporteAnalisisView*>(ventana.reportWindows()[1].get());
-        QCOMPARE(segunda->analisis().interferencias[0].estado, EstadoClash::resuelto);
-        QVERIFY(segunda->thumbnails().empty());
-
-        // Closing keeps the window alive in the list.
-        primera->close();
-        QTest::qWait(50);
-        QVERIFY(primera && !primera->isVisible());
-        QCOMPARE(ventana.reportWindows().size(), std::size_t(2));
-        QTRY_COMPARE(segunda->thumbnails().size(), std::size_t(1));
     }
 };
 
