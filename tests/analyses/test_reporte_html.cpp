@@ -27,7 +27,7 @@ AnalisisInterferencias analisisDePrueba() {
     a.interferencias = {
         clash("ID-1", "Muro 1", "Tubo 1", EstadoClash::abierto),
         clash("ID-2", "Muro 2", "Tubo 2", EstadoClash::enRevision),
-        clash("ID-3", "Losa <3>", "Ducto \"3\" & 'x'", EstadoClash::aprobado),
+        clash("ID-3", "Losa <3>", "Ducto \"3\" & 'x'", EstadoClash::aprobado), // and its A discipline
         clash("ID-4", "Losa 4", "Ducto 4", EstadoClash::resuelto),
         clash("ID-5", "Viga 5", "Tubo 5", EstadoClash::abierto),
         clash("ID-6", "Viga 6", "Tubo 6", EstadoClash::resuelto),
@@ -65,6 +65,7 @@ std::string cuerpo(const std::string& nombre, const std::string& fecha, const st
 
 TEST(ReporteHTML, documentoConCabeceraTarjetasFilasYPie) {
     AnalisisInterferencias a = analisisDePrueba();
+    a.interferencias[2].especialidadA = "<i>ARQ</i>";
     const QByteArray png("\x89PNG\r\n\x1a\nfalso", 13);
     const std::string fecha = "1 de marzo de 2026, 14:05";
     std::string html = documentoReporteHTML(a, {{"ID-2", png}, {"ID-5", QByteArray()}},
@@ -98,7 +99,8 @@ TEST(ReporteHTML, documentoConCabeceraTarjetasFilasYPie) {
                       "src='data:image/png;base64,iVBORw0KGgpmYWxzbw=='>"
                     : "<div class='thumb'></div>") +
             "</td><td><b>" + (k == 2 ? "Losa &lt;3&gt;" : a.interferencias[k].nombreA) +
-            "</b></td><td style=\"color:#666;\">ARQ</td><td><b>" +
+            "</b></td><td style=\"color:#666;\">" + (k == 2 ? "&lt;i&gt;ARQ&lt;/i&gt;" : "ARQ") +
+            "</td><td><b>" +
             (k == 2 ? "Ducto &quot;3&quot; &amp; &#39;x&#39;" : a.interferencias[k].nombreB) +
             "</b></td><td style=\"color:#666;\">MEP</td><td><span class=\"badge " + badges[k] +
             "</span></td></tr>";
@@ -112,9 +114,9 @@ TEST(ReporteHTML, documentoConCabeceraTarjetasFilasYPie) {
 
     a.interferencias.clear();
     a.tolerancia = 0.0;
-    html = documentoReporteHTML(a, {}, QStringLiteral("F"));
+    html = documentoReporteHTML(a, {}, QStringLiteral("<F>")); // the date text escaped too
     EXPECT_EQ(html.substr(html.find("</style>")),
-              cuerpo("R&amp;D &lt;Fase 1&gt;", "F",
+              cuerpo("R&amp;D &lt;Fase 1&gt;", "&lt;F&gt;",
                      "Tolerancia: 0.000 m &nbsp;·&nbsp; 0 colisiones detectadas", {0, 0, 0, 0, 0},
                      ""));
 }

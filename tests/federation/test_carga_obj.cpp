@@ -1,9 +1,16 @@
 // The Wavefront OBJ reader that turns the converter's output into one model
-// root with a node per element, and the material pass over a loaded model.
+// root with a node per element, the same model read as two pieces at once
+// (cut at every byte), decimal coordinates rounded exactly as the number
+// parser does, and the material pass over a loaded model.
 #include "federation/CargaOBJ.h"
+#include "federation/TextoUTF8.h"
 #include "utilidades_prueba.h"
 
+#include <bit>
 #include <gtest/gtest.h>
+#include <map>
+#include <numeric>
+#include <random>
 
 namespace teskal {
 inline void PrintTo(const Color& c, std::ostream* os) {
@@ -24,179 +31,169 @@ std::vector<std::string> nombres(const Node& raiz) {
     return r;
 }
 
-// The geometry of the i-th element node, which must exist.
-const Geometry& geometria(const std::shared_ptr<Node>& raiz, std::size_t i) {
-    EXPECT_LT(i, raiz->childNodes().size());
-    static const Geometry ninguna;
-    if (i >= raiz->childNodes().size()) return ninguna;
-    const auto& g = raiz->childNodes()[i]->geometry();
-    EXPECT_NE(g, nullptr);
-    return g ? *g : ninguna;
-}
-
-Indices secuencia(std::int32_t n) {
-    Indices r;
-    for (std::int32_t i = 0; i < n; ++i) r.push_back(i);
-    return r;
-}
-
 constexpr Color blanco075{0.75f, 0.75f, 0.75f, 1.0f};
 
-const Puntos cuatro = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}};
+const glm::vec3 o{0, 0, 0}, p1{1, 2, 3}, p2{4, 5, 6}, p3{7, 8, 9}, p4{10, 11, 12};
 constexpr std::string_view verticesCuatro = "v 1 2 3\nv 4 5 6\nv 7 8 9\nv 10 11 12\n";
+
+// Empty when both models are the same, bit for bit; else the first difference.
+std::string diferencia(const std::shared_ptr<Node>& a, const std::shared_ptr<Node>& b) {
+    if (!a || !b)
+        return (!a && !b) ? "" : std::string("only one model: ") + (a ? "one piece" : "two pieces");
+    if (a->childNodes().size() != b->childNodes().size())
+        return "node count " + std::to_string(a->childNodes().size()) + " vs " +
+               std::to_string(b->childNodes().size());
+    auto mismosPuntos = [](const std::vector<glm::vec3>& x, const std::vector<glm::vec3>& y) {
+        if (x.size() != y.size()) return false;
+        for (std::size_t i = 0; i < x.size(); ++i)
+            for (int k = 0; k < 3; ++k)
+                if (std::bit_cast<std::uint32_t>(x[i][k]) != std::bit_cast<std::uint32_t>(y[i][k]))
+                    return false;
+        return true;
+    };
+    for (std::size_t i = 0; i < a->childNodes().size(); ++i) {
+        const Node& x = *a->childNodes()[i];
+        const Node& y = *b->childNodes()[i];
+        const std::string donde =
+            "node " + std::to_string(i) + " (" + x.name().value_or("?") + "): ";
+        if (x.name() != y.name()) return donde + "name " + y.name().value_or("?");
+        if (x.globalId() != y.globalId() || x.claseIFC() != y.claseIFC())
+            return donde + "identity " + y.globalId() + " " + y.claseIFC();
+        const Geometry& gx = *x.geometry();
+        const Geometry& gy = *y.geometry();
+        if (gx.name != gy.name) return donde + "geometry name";
+        if (!mismosPuntos(gx.vertices, gy.vertices)) return donde + "vertices";
+        if (!mismosPuntos(gx.normales, gy.normales)) return donde + "normals";
+        if (gx.elementos.size() != gy.elementos.size() ||
+            gx.elementos[0].indices != gy.elementos[0].indices)
+            return donde + "indices";
+        if (gx.materiales.size() != gy.materiales.size()) return donde + "materials";
+    }
+    return "";
+}
+
+// Reads the text in two pieces at every cut and compares with one pass.
+void compararEnCadaCorte(const std::string& texto, const std::string& identidades = {}) {
+    const auto entero = cargarOBJTexto(texto, identidades);
+    for (std::size_t corte = 0; corte <= texto.size(); ++corte) {
+        const std::string d = diferencia(entero, cargarOBJTextoEnDosPartes(texto, corte, identidades));
+        ASSERT_EQ(d, "") << "cut at byte " << corte << " of:\n" << texto;
+    }
+}
 
 } // namespace
 
-TEST(CargaOBJ, FacesWithoutAGroupGiveOneNodeNamedDefault) {
-    const auto raiz = cargarOBJTexto("# IfcConvert\nv 0 0 0\nv 1 0 0\nv 1 1 0\nf 1 2 3\n");
-    ASSERT_NE(raiz, nullptr);
-    EXPECT_FALSE(raiz->name().has_value());
-    EXPECT_EQ(raiz->geometry(), nullptr);
-    ASSERT_EQ(nombres(*raiz), (std::vector<std::string>{"default"}));
-    const Geometry& g = geometria(raiz, 0);
-    EXPECT_EQ(g.name, "default");
-    EXPECT_EQ(g.vertices, (Puntos{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}));
-    EXPECT_TRUE(g.normales.empty());
-    ASSERT_EQ(g.elementos.size(), 1u);
-    EXPECT_EQ(g.elementos[0].primitiva, Primitiva::Triangulos);
-    EXPECT_EQ(g.elementos[0].indices, (Indices{0, 1, 2}));
-    ASSERT_EQ(g.materiales.size(), 1u);
-    const Material& m = *g.materiales[0];
-    ASSERT_TRUE(m.diffuse().has_value());
-    EXPECT_EQ(*m.diffuse(), blanco075);
-    EXPECT_EQ(m.lightingModel(), ModeloIluminacion::Phong);
-    EXPECT_TRUE(m.isDoubleSided());
-}
-
-TEST(CargaOBJ, GroupNamesAreTheRestOfTheLineTrimmed) {
-    const auto raiz =
-        cargarOBJTexto(std::string(verticesCuatro) + "g\nf 1 2 3\n"
-                                                     "g Muro b\xC3\xA1sico: 200mm\nf 1 2 3\n"
-                                                     "  g   Muro  doble \t \nf 2 3 4\n"
-                                                     "o Objeto 1\nf 1 3 4\n");
-    ASSERT_NE(raiz, nullptr);
-    EXPECT_EQ(nombres(*raiz), (std::vector<std::string>{"default", "Muro b\xC3\xA1sico: 200mm",
-                                                        "Muro  doble", "Objeto 1"}));
-    for (std::size_t i = 0; i < 4; ++i)
-        EXPECT_EQ(geometria(raiz, i).name, *raiz->childNodes()[i]->name());
-    EXPECT_EQ(geometria(raiz, 2).vertices, (Puntos{cuatro[1], cuatro[2], cuatro[3]}));
-    EXPECT_EQ(geometria(raiz, 3).vertices, (Puntos{cuatro[0], cuatro[2], cuatro[3]}));
-}
-
-TEST(CargaOBJ, AGroupWithoutFacesIsRenamedAndSameNamedGroupsStaySeparate) {
-    const auto raiz = cargarOBJTexto(std::string(verticesCuatro) + "f 1 2 3\n"
-                                                                   "g A\ng B\nf 2 3 4\nf 1 2 4\n"
-                                                                   "g Muro\nf 1 2 3\n"
-                                                                   "g Puerta\nf 1 3 4\n"
-                                                                   "g Muro\nf 2 3 4\n"
-                                                                   "g Final\n");
-    ASSERT_NE(raiz, nullptr);
-    EXPECT_EQ(nombres(*raiz), (std::vector<std::string>{"default", "B", "Muro", "Puerta", "Muro"}));
-    EXPECT_EQ(geometria(raiz, 1).vertices,
-              (Puntos{cuatro[1], cuatro[2], cuatro[3], cuatro[0], cuatro[1], cuatro[3]}));
-    EXPECT_EQ(geometria(raiz, 1).elementos[0].indices, secuencia(6));
-    EXPECT_EQ(geometria(raiz, 2).vertices, (Puntos{cuatro[0], cuatro[1], cuatro[2]}));
-    EXPECT_EQ(geometria(raiz, 4).vertices, (Puntos{cuatro[1], cuatro[2], cuatro[3]}));
-    EXPECT_EQ(geometria(raiz, 4).elementos[0].indices, (Indices{0, 1, 2}));
-}
-
-TEST(CargaOBJ, FacesAreFannedFromTheFirstCornerWithUnrolledVertices) {
-    const auto raiz =
-        cargarOBJTexto(std::string(verticesCuatro) + "v 13 14 15\n"
-                                                     "vn 0 0 1\nvn 0 1 0\nvn 1 0 0\nvn 0 0 -1\n"
-                                                     "g Losa\nf 1//1 2//2 3//3 4//4\n"
-                                                     "g Pentagono\nf 1 2 3 4 5\n");
-    ASSERT_NE(raiz, nullptr);
-    ASSERT_EQ(nombres(*raiz), (std::vector<std::string>{"Losa", "Pentagono"}));
-    const Geometry& losa = geometria(raiz, 0);
-    EXPECT_EQ(losa.vertices,
-              (Puntos{cuatro[0], cuatro[1], cuatro[2], cuatro[0], cuatro[2], cuatro[3]}));
-    EXPECT_EQ(losa.elementos[0].indices, secuencia(6));
-    EXPECT_TRUE(losa.normales.empty());
-    const Geometry& pentagono = geometria(raiz, 1);
-    const glm::vec3 quinto{13, 14, 15};
-    EXPECT_EQ(pentagono.vertices, (Puntos{cuatro[0], cuatro[1], cuatro[2], cuatro[0], cuatro[2],
-                                          cuatro[3], cuatro[0], cuatro[3], quinto}));
-    EXPECT_EQ(pentagono.elementos[0].indices, secuencia(9));
-}
-
-TEST(CargaOBJ, NormalsComeOnlyFromFullCornersAndOnlyWhenEveryCornerHasOne) {
-    const auto raiz =
-        cargarOBJTexto(std::string(verticesCuatro) + "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
-                                                     "vn 0 0 1\nvn 0 1 0\nvn 1 0 0\nvn 0 0 -1\n"
-                                                     "g Completa\nf 1/1/1 2/2/2 3/3/3 4/4/4\n"
-                                                     "g SinTextura\nf 1//1 2//2 3//3\n"
-                                                     "g Mezcla\nf 1/1/1 2/2/2 3/3/3\nf 1 2 4\n"
-                                                     "g NormalFuera\nf 1/1/1 2/2/2 3/3/9\n"
-                                                     "g SoloTextura\nf 2/2 3/3 4/4\n");
-    ASSERT_NE(raiz, nullptr);
-    ASSERT_EQ(nombres(*raiz), (std::vector<std::string>{"Completa", "SinTextura", "Mezcla",
-                                                        "NormalFuera", "SoloTextura"}));
-    const Geometry& completa = geometria(raiz, 0);
-    EXPECT_EQ(completa.vertices,
-              (Puntos{cuatro[0], cuatro[1], cuatro[2], cuatro[0], cuatro[2], cuatro[3]}));
-    EXPECT_EQ(completa.normales,
-              (Puntos{{0, 0, 1}, {0, 1, 0}, {1, 0, 0}, {0, 0, 1}, {1, 0, 0}, {0, 0, -1}}));
-    for (std::size_t i = 1; i < 5; ++i)
-        EXPECT_TRUE(geometria(raiz, i).normales.empty()) << *raiz->childNodes()[i]->name();
-    EXPECT_EQ(geometria(raiz, 2).vertices.size(), 6u);
-    EXPECT_EQ(geometria(raiz, 4).vertices, (Puntos{cuatro[1], cuatro[2], cuatro[3]}));
-}
-
-TEST(CargaOBJ, CornersOutOfRangeGiveTheOriginAndInvalidOnesTheFirstVertex) {
-    const auto raiz =
-        cargarOBJTexto(std::string(verticesCuatro) +
-                       "g Fuera\nf 1 2 5\nf 0 -1 3\nf 99999999999 2 3\n"
-                       "g Invalida\nf 2 3 x\nf 99999999999999999999 3 4\nf 2 abc/1/1 4\n");
-    ASSERT_NE(raiz, nullptr);
-    ASSERT_EQ(nombres(*raiz), (std::vector<std::string>{"Fuera", "Invalida"}));
-    const glm::vec3 o{0, 0, 0};
-    EXPECT_EQ(geometria(raiz, 0).vertices,
-              (Puntos{cuatro[0], cuatro[1], o, o, o, cuatro[2], o, cuatro[1], cuatro[2]}));
-    EXPECT_EQ(geometria(raiz, 1).vertices,
-              (Puntos{cuatro[1], cuatro[2], cuatro[0], cuatro[0], cuatro[2], cuatro[3], cuatro[1],
-                      cuatro[0], cuatro[3]}));
-}
-
-TEST(CargaOBJ, ShortFacesAreDroppedAndFilesWithoutFacesGiveNothing) {
-    const auto raiz = cargarOBJTexto(std::string(verticesCuatro) + "g Muro\nf 1 2\nf 2 3 4\n"
-                                                                   "g Linea\nf 1 2\nf 3\nf\n");
-    ASSERT_NE(raiz, nullptr);
-    ASSERT_EQ(nombres(*raiz), (std::vector<std::string>{"Muro"}));
-    EXPECT_EQ(geometria(raiz, 0).vertices, (Puntos{cuatro[1], cuatro[2], cuatro[3]}));
-
-    EXPECT_EQ(cargarOBJTexto(verticesCuatro), nullptr);
-    EXPECT_EQ(cargarOBJTexto(std::string(verticesCuatro) + "g Muro\nf 1 2\n"), nullptr);
-    EXPECT_EQ(cargarOBJTexto("# solo comentarios\n\n   \n"), nullptr);
-    EXPECT_EQ(cargarOBJTexto(""), nullptr);
-}
-
-TEST(CargaOBJ, VertexLinesNeedThreeNumbersAndOtherLinesAreIgnored) {
-    const auto raiz = cargarOBJTexto("mtllib modelo.mtl\n"
-                                     "v 1 2\n"
-                                     "v 1 x 3\n"
-                                     "\t  v  1e-3   -2.5E2  +3 \n"
-                                     "vt 0.5 0.5\n"
-                                     "v 4 5 6 0.5\n"
-                                     "   # v 9 9 9\n"
-                                     "\n\n"
-                                     "V 8 8 8\n"
-                                     "v 7 8 9\n"
-                                     "vn 0 0 1\nvn 0 1\nvn 0 0 z\nvn 1 0 0\nvn 0 1 0\n"
-                                     "usemtl Hormigon\ns off\nl 1 2\n"
-                                     "g Muro\n"
-                                     "f 1/1/1 2/1/2 3/1/3\n");
-    ASSERT_NE(raiz, nullptr);
-    ASSERT_EQ(nombres(*raiz), (std::vector<std::string>{"Muro"}));
-    const Geometry& g = geometria(raiz, 0);
-    EXPECT_EQ(g.vertices, (Puntos{{0.001f, -250, 3}, {4, 5, 6}, {7, 8, 9}}));
-    EXPECT_EQ(g.normales, (Puntos{{0, 0, 1}, {1, 0, 0}, {0, 1, 0}}));
-}
-
-TEST(CargaOBJ, IndicesAreResolvedAfterTheWholeFileIsRead) {
-    const auto raiz = cargarOBJTexto("g Muro\nf 1 2 3\n" + std::string(verticesCuatro));
-    ASSERT_NE(raiz, nullptr);
-    EXPECT_EQ(geometria(raiz, 0).vertices, (Puntos{cuatro[0], cuatro[1], cuatro[2]}));
+// Each text gives its nodes (none: no model), the unrolled vertices and
+// normals of some of them, and the same model when read in two pieces.
+TEST(CargaOBJ, CadaTextoDaSusElementos) {
+    const std::string v4(verticesCuatro);
+    struct Caso {
+        const char* nombre;
+        std::string texto;
+        std::vector<std::string> nodos;
+        std::map<std::size_t, Puntos> vertices{}, normales{}; // by node; normals absent: none
+    };
+    const std::vector<Caso> casos = {
+        {"faces without a group",
+         "# IfcConvert\nv 0 0 0\nv 1 0 0\nv 1 1 0\nf 1 2 3\n",
+         {"default"},
+         {{0, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}}}},
+        {"group names are the rest of the line, trimmed",
+         v4 + "g\nf 1 2 3\ng Muro b\xC3\xA1sico: 200mm\nf 1 2 3\n  g   Muro  doble \t \nf 2 3 4\n"
+              "o Objeto 1\nf 1 3 4\n",
+         {"default", "Muro b\xC3\xA1sico: 200mm", "Muro  doble", "Objeto 1"},
+         {{2, {p2, p3, p4}}, {3, {p1, p3, p4}}}},
+        {"a group without faces is renamed; same names stay apart",
+         v4 + "f 1 2 3\ng A\ng B\nf 2 3 4\nf 1 2 4\ng Muro\nf 1 2 3\ng Puerta\nf 1 3 4\n"
+              "g Muro\nf 2 3 4\ng Final\n",
+         {"default", "B", "Muro", "Puerta", "Muro"},
+         {{1, {p2, p3, p4, p1, p2, p4}}, {2, {p1, p2, p3}}, {4, {p2, p3, p4}}}},
+        {"faces fanned from the first corner",
+         v4 + "v 13 14 15\nvn 0 0 1\nvn 0 1 0\nvn 1 0 0\nvn 0 0 -1\ng Losa\nf 1//1 2//2 3//3 4//4\n"
+              "g Pentagono\nf 1 2 3 4 5\n",
+         {"Losa", "Pentagono"},
+         {{0, {p1, p2, p3, p1, p3, p4}}, {1, {p1, p2, p3, p1, p3, p4, p1, p4, {13, 14, 15}}}}},
+        {"normals only from full corners, and only when every corner has one",
+         v4 + "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvn 0 0 1\nvn 0 1 0\nvn 1 0 0\nvn 0 0 -1\n"
+              "g Completa\nf 1/1/1 2/2/2 3/3/3 4/4/4\ng SinTextura\nf 1//1 2//2 3//3\n"
+              "g Mezcla\nf 1/1/1 2/2/2 3/3/3\nf 1 2 4\ng NormalFuera\nf 1/1/1 2/2/2 3/3/9\n"
+              "g SoloTextura\nf 2/2 3/3 4/4\n",
+         {"Completa", "SinTextura", "Mezcla", "NormalFuera", "SoloTextura"},
+         {{0, {p1, p2, p3, p1, p3, p4}}, {2, {p1, p2, p3, p1, p2, p4}}, {4, {p2, p3, p4}}},
+         {{0, {{0, 0, 1}, {0, 1, 0}, {1, 0, 0}, {0, 0, 1}, {1, 0, 0}, {0, 0, -1}}}}},
+        {"corners out of range give the origin, invalid ones the first vertex",
+         v4 + "g Fuera\nf 1 2 5\nf 0 -1 3\nf 99999999999 2 3\n"
+              "g Invalida\nf 2 3 x\nf 99999999999999999999 3 4\nf 2 abc/1/1 4\n",
+         {"Fuera", "Invalida"},
+         {{0, {p1, p2, o, o, o, p3, o, p2, p3}}, {1, {p2, p3, p1, p1, p3, p4, p2, p1, p4}}}},
+        {"short faces are dropped",
+         v4 + "g Muro\nf 1 2\nf 2 3 4\ng Linea\nf 1 2\nf 3\nf\n",
+         {"Muro"},
+         {{0, {p2, p3, p4}}}},
+        {"vertex lines need three numbers; other lines are ignored",
+         "mtllib modelo.mtl\nv 1 2\nv 1 x 3\n\t  v  1e-3   -2.5E2  +3 \nvt 0.5 0.5\nv 4 5 6 0.5\n"
+         "   # v 9 9 9\n\n\nV 8 8 8\nv 7 8 9\nvn 0 0 1\nvn 0 1\nvn 0 0 z\nvn 1 0 0\nvn 0 1 0\n"
+         "usemtl Hormigon\ns off\nl 1 2\ng Muro\nf 1/1/1 2/1/2 3/1/3\n",
+         {"Muro"},
+         {{0, {{0.001f, -250, 3}, {4, 5, 6}, {7, 8, 9}}}},
+         {{0, {{0, 0, 1}, {1, 0, 0}, {0, 1, 0}}}}},
+        {"indices resolved after the whole file", "g Muro\nf 1 2 3\n" + v4, {"Muro"}, {{0, {p1, p2, p3}}}},
+        {"no faces", v4, {}},
+        {"only short faces", v4 + "g Muro\nf 1 2\n", {}},
+        {"only comments", "# solo comentarios\n\n   \n", {}},
+        {"empty", "", {}},
+    };
+    for (const Caso& c : casos) {
+        SCOPED_TRACE(c.nombre);
+        const auto raiz = cargarOBJTexto(c.texto);
+        compararEnCadaCorte(c.texto);
+        if (c.nodos.empty()) {
+            EXPECT_EQ(raiz, nullptr);
+            continue;
+        }
+        ASSERT_NE(raiz, nullptr);
+        EXPECT_FALSE(raiz->name().has_value());
+        EXPECT_EQ(raiz->geometry(), nullptr);
+        ASSERT_EQ(nombres(*raiz), c.nodos);
+        for (std::size_t i = 0; i < c.nodos.size(); ++i) {
+            SCOPED_TRACE(i);
+            const Geometry& g = *raiz->childNodes()[i]->geometry();
+            EXPECT_EQ(g.name, c.nodos[i]);
+            if (c.vertices.contains(i)) {
+                EXPECT_EQ(g.vertices, c.vertices.at(i));
+            }
+            EXPECT_EQ(g.normales, c.normales.contains(i) ? c.normales.at(i) : Puntos{});
+            // Every corner its own vertex, in order.
+            ASSERT_EQ(g.elementos.size(), 1u);
+            EXPECT_EQ(g.elementos[0].primitiva, Primitiva::Triangulos);
+            Indices secuencia(g.vertices.size());
+            std::iota(secuencia.begin(), secuencia.end(), 0);
+            EXPECT_EQ(g.elementos[0].indices, secuencia);
+            // The reader's own material: light grey, Phong, both sides.
+            ASSERT_EQ(g.materiales.size(), 1u);
+            EXPECT_EQ(g.materiales[0]->diffuse(), std::optional<Color>(blanco075));
+            EXPECT_EQ(g.materiales[0]->lightingModel(), ModeloIluminacion::Phong);
+            EXPECT_TRUE(g.materiales[0]->isDoubleSided());
+        }
+    }
+    // Read in two pieces: faces after the cut before its first "g" belong to
+    // the last group before it, a "g" right after the cut closes it; empty
+    // groups renamed on either side; indices and normals of either piece;
+    // line ends, blanks and odd lines.
+    for (const char* texto :
+         {"v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\ng Muro\nf 1 2 3\nf 1 3 4\nf 2 3 4\ng Losa\nf 4 3 2\n"
+          "f 1 2 4\ng Puerta\nf 1 2 3\n",
+          "f 1 2 3\nf 1 2 3\ng A\nf 3 2 1\nv 0 0 0\nv 1 0 0\nv 1 1 0\n",
+          "v 0 0 0\nv 1 0 0\nv 1 1 0\nf 1 2 3\ng A\ng B\n\ng C\nf 1 2 3\no Objeto\ng\nf 2 3 1\n"
+          "g Muro\nf 1 2 3\ng Muro\nf 3 1 2\ng Final\n",
+          "g A\ng B\ng C\ng D\nv 0 0 0\nv 1 0 0\nv 1 1 0\nf 1 2 3\ng E\n",
+          "g Alto\nf 1//1 5//2 6//3\nf 7 8 9\nv 0 0 0\nv 1 0 0\nv 1 1 0\nvn 0 0 1\n"
+          "g Mezcla\nf 1/1/1 2/1/1 3/1/1\nf 2 3 4\nvn 0 1 0\nvn 1 0 0\nv 0 1 0\nv 2 2 2\nv 3 3 3\n"
+          "g Bajo\nf 4//2 5//3 6//1 1//2\nf 1//9 2//1 3//1\ng Normales\nf 1//3 2//2 3//1\n",
+          "v 0 0 0\r\nv 1 0 0\r\n\tv 1 1 0 \r\n# g Comentario\r\ng \xE3\x80\x80Muro\xE3\x80\x80\r\n"
+          "f 1 2 3 \r\n\r\ng\tNo\r\nf\t1 2 3\r\nf 3 2 1\r\ns off\r\nusemtl m\r\no  Objeto  \r\nf 1 2 3",
+          "v 0 0 0\nv 1 0 0\nv 1 1 0\ng A\nf 1 2\nf\ng B\nf 1 2 3\nf 3\n"})
+        compararEnCadaCorte(texto);
 }
 
 TEST(CargaOBJ, ReadsAFileAndGivesNothingForUnreadableOnes) {
@@ -205,7 +202,7 @@ TEST(CargaOBJ, ReadsAFileAndGivesNothingForUnreadableOnes) {
     const auto raiz = cargarOBJ(dir.escribir("modelo.obj", texto));
     ASSERT_NE(raiz, nullptr);
     ASSERT_EQ(nombres(*raiz), (std::vector<std::string>{"Muro b\xC3\xA1sico"}));
-    EXPECT_EQ(geometria(raiz, 0).vertices.size(), 6u);
+    EXPECT_EQ(raiz->childNodes()[0]->geometry()->vertices.size(), 6u);
 
     std::string latin1 = texto;
     latin1.replace(latin1.find("\xC3\xA1"), 2, "\xE1");
@@ -254,12 +251,98 @@ TEST(CargaOBJ, EachElementTakesTheIdentityOfItsOwnGroupLine) {
         for (const auto& n : sinIds->childNodes()) EXPECT_EQ(n->globalId(), "");
     }
 
+    // Each node keeps the identity of its own group line when read in two pieces.
+    compararEnCadaCorte(obj, ids);
+    compararEnCadaCorte("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\ng Vacio\ng Muro\nf 1 2 3\nf 3 2 1\n"
+                        "g Losa\nf 1 2 3\ng Muro\nf 2 3 1\n",
+                        "A\tIfcWall\tVacio\nB\tIfcWall\tMuro\nC\tIfcSlab\tLosa\nD\tIfcWall\tMuro\n");
+
     // From a file: the identities beside the OBJ, named by rutaIdentidadesOBJ.
     pruebas::DirectorioTemporal dir;
     const std::string ruta = dir.escribir("modelo.obj", obj);
     EXPECT_EQ(rutaIdentidadesOBJ(ruta), dir.ruta() + "/modelo.ids");
     dir.escribir("modelo.ids", ids);
     EXPECT_EQ(cargarOBJ(ruta)->childNodes()[1]->globalId(), "1bbbbbbbbbbbbbbbbbbbbb");
+}
+
+TEST(CargaOBJ, GivesTheSameModelInTwoPiecesOnAGeneratedFile) {
+    // Groups of varied sizes, empty groups, normals in some, vertices before
+    // and after their faces; every line start is tried as the cut.
+    std::mt19937 azar(20240514);
+    auto n = [&](int hasta) { return static_cast<int>(azar() % static_cast<unsigned>(hasta)); };
+    std::string texto;
+    int vertices = 0;
+    for (int grupo = 0; grupo < 60; ++grupo) {
+        texto += n(6) == 0 ? "o Objeto " : "g Elemento ";
+        texto += std::to_string(n(20)) + "\n";
+        for (int k = n(5); k > 0; --k) {
+            texto += "v " + std::to_string(n(1000) - 500) + "." + std::to_string(n(1000)) + " " +
+                     std::to_string(n(100)) + "e-" + std::to_string(n(5)) + " " +
+                     std::to_string(n(7)) + "\n";
+            ++vertices;
+        }
+        if (n(4) == 0) texto += "vn 0 0 1\nvn 0 1 0\n";
+        const bool conNormales = n(3) == 0;
+        for (int k = n(4); k > 0; --k) {
+            texto += "f";
+            for (int c = 3 + n(3); c > 0; --c) {
+                texto += " " + std::to_string(1 + n(vertices + 3));
+                if (conNormales) texto += "//" + std::to_string(1 + n(4));
+            }
+            texto += "\n";
+        }
+    }
+    const auto entero = cargarOBJTexto(texto);
+    ASSERT_NE(entero, nullptr);
+    EXPECT_GT(entero->childNodes().size(), 20u);
+    std::size_t cortes = 0;
+    ASSERT_EQ(texto.back(), '\n');
+    for (std::size_t inicio = 0; inicio < texto.size(); inicio = texto.find('\n', inicio) + 1) {
+        // The second piece begins at the line after the one that starts at `inicio`.
+        ASSERT_EQ(diferencia(entero, cargarOBJTextoEnDosPartes(texto, inicio)), "")
+            << "cut at byte " << inicio;
+        ++cortes;
+    }
+    EXPECT_GT(cortes, 100u);
+}
+
+TEST(CargaOBJ, DecimalCoordinatesRoundExactlyAsTheNumberParser) {
+    // Each value is read as a vertex coordinate and must equal leerFloat's
+    // reading, bit for bit: digits in runs of eight and fewer, exponents,
+    // signs, and decimals whose nearest double lies exactly halfway between
+    // two floats although they don't (rounding through the double alone
+    // would go the wrong way).
+    const std::vector<std::string> valores = {
+        "0", "-0", "+0.000", "5.", ".5", "-.25", "007", "12345678", "123456789",
+        "0.0572855672281371", "-0.00711166413506405", "10.8585698235718", "2.587", "1e-3",
+        "-2.5E2", "+3", "1.5e+7", "9007199254740991", "9007199254740993",
+        "123456789012345678901234", "0.000000000000000000000000000001", "16777217", "16777219",
+        "0.500000029802322387695312", "81.90983200073242", "0.05285356007516384",
+        "7202656604476942e-22", "2646916178079111e5", "3.4028235e38", "1e39", "1e-46",
+        "1.17549435e-38", "0x1p3", "inf", "-nan"};
+    std::string texto;
+    for (const std::string& v : valores) texto += "v " + v + " " + v + " 1\n";
+    texto += "f";
+    for (std::size_t i = 1; i <= valores.size(); ++i) texto += " " + std::to_string(i);
+    texto += "\n";
+
+    const auto raiz = cargarOBJTexto(texto);
+    ASSERT_NE(raiz, nullptr);
+    ASSERT_EQ(raiz->childNodes().size(), 1u);
+    const std::vector<glm::vec3>& leidos = raiz->childNodes()[0]->geometry()->vertices;
+    // The fan from the first corner: corner i + 1 of triangle i is vertex i + 1.
+    ASSERT_EQ(leidos.size(), 3 * (valores.size() - 2));
+    for (std::size_t i = 0; i < valores.size(); ++i) {
+        const glm::vec3& p = i == 0                    ? leidos[0]
+                             : i + 1 == valores.size() ? leidos.back()
+                                                       : leidos[3 * (i - 1) + 1];
+        const auto esperado = leerFloat(valores[i]);
+        ASSERT_TRUE(esperado.has_value()) << valores[i];
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(p.x), std::bit_cast<std::uint32_t>(*esperado))
+            << valores[i] << " read as " << p.x << ", expected " << *esperado;
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(p.y), std::bit_cast<std::uint32_t>(*esperado))
+            << valores[i];
+    }
 }
 
 TEST(NormalizarMateriales, GivesEveryGeometryBelowTheRootAUsableMaterial) {

@@ -1,8 +1,9 @@
 // A clash analysis from the window under Xvfb: the command's reason while
 // disabled, the sheet and its ways out, the run, the history row with its
-// count, the orange elements in the view and the alert that deletes an
-// analysis.
+// count, the orange elements in the view, the report windows "Ver Reporte"
+// opens and the alert that deletes an analysis.
 #include "analyses/clash/ui/DialogoConfigAnalisis.h"
+#include "analyses/clash/ui/ReporteAnalisisView.h"
 #include "app/ui/VentanaPrincipal.h"
 #include "federation/CargaOBJ.h"
 #include "federation/CentroNotificaciones.h"
@@ -17,11 +18,17 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
+#include <QToolButton>
 #include <QtTest>
 
 using namespace teskal;
 
 namespace {
+
+QString texto(const QObject& o, const char* nombre) {
+    return o.findChild<QLabel*>(QString::fromLatin1(nombre))->text();
+}
 
 void vincular(ContentView& cv, const std::string& clave, const char* obj) {
     cv.seleccionActual = clave;
@@ -118,6 +125,42 @@ private slots:
         QTRY_COMPARE(cv.nodosDestacadosHistorial.size(), std::size_t(2));
         cv.viewport.terminarAnimacion();
         QCOMPARE(visor->camara()->position(), glm::vec3(cv.interferencias[0].viewpointPos));
+
+        // "Ver Reporte" opens a window of its own, centred, that follows a
+        // change of state while it is open: the badge, the cards and the foot.
+        QToolButton* ver = nullptr;
+        QTRY_VERIFY((ver = ventana.findChild<QToolButton*>(QStringLiteral("verReporte"))) != nullptr);
+        QCOMPARE(ver->text(), QStringLiteral("Ver Reporte"));
+        ver->click();
+        QCOMPARE(ventana.reportWindows().size(), std::size_t(1));
+        QPointer<QWidget> primera = ventana.reportWindows()[0].get();
+        auto* reporte = qobject_cast<ReporteAnalisisView*>(primera.data());
+        QVERIFY(reporte && reporte->isWindow() && reporte->isVisible());
+        QCOMPARE(reporte->windowTitle(), QStringLiteral("Reporte · ") + QString::fromStdString(cv.historialAnalisis[0].nombre));
+        QCOMPARE(reporte->size(), QSize(820, 700));
+        QVERIFY(qAbs(reporte->geometry().center().x() - ventana.screen()->availableGeometry().center().x()) <= 1);
+        QTRY_COMPARE(reporte->thumbnails().size(), std::size_t(1));
+        const std::string id = cv.historialAnalisis[0].interferencias[0].id;
+        cv.cambiarEstado(0, 0, EstadoClash::resuelto);
+        QCOMPARE(reporte->analisis().interferencias[0].estado, EstadoClash::resuelto);
+        QCOMPARE(texto(*reporte, ("estado_" + id).c_str()), QStringLiteral("Resuelto"));
+        QCOMPARE(texto(*reporte->findChild<QWidget*>(QStringLiteral("tarjetaAbiertos")), "numero"), QStringLiteral("0"));
+        QCOMPARE(texto(*reporte->findChild<QWidget*>(QStringLiteral("tarjetaResueltos")), "numero"), QStringLiteral("1"));
+        QCOMPARE(texto(*reporte, "pieCuentas"),
+                 QStringLiteral("Total interferencias: 1  ·  Resueltas: 1  ·  Pendientes: 0"));
+        // A second window of the analysis is its own; closing the first keeps
+        // it alive in the list.
+        QTRY_VERIFY((ver = ventana.findChild<QToolButton*>(QStringLiteral("verReporte"))) != nullptr);
+        ver->click();
+        QCOMPARE(ventana.reportWindows().size(), std::size_t(2));
+        auto* segunda = qobject_cast<ReporteAnalisisView*>(ventana.reportWindows()[1].get());
+        QCOMPARE(segunda->analisis().interferencias[0].estado, EstadoClash::resuelto);
+        QVERIFY(segunda->thumbnails().empty());
+        primera->close();
+        QTest::qWait(50);
+        QVERIFY(primera && !primera->isVisible());
+        QCOMPARE(ventana.reportWindows().size(), std::size_t(2));
+        QTRY_COMPARE(segunda->thumbnails().size(), std::size_t(1));
 
         // The trash button asks first; "Eliminar" removes the analysis.
         ventana.findChild<QWidget*>(QString::fromStdString("analisis_" + cv.historialAnalisis[0].id))

@@ -3,7 +3,6 @@
 // prompt before unsaved work is lost, missing models found again, and what
 // the window remembers.
 #include "app/ui/VentanaPrincipal.h"
-#include "federation/CargaOBJ.h"
 #include "federation/CentroNotificaciones.h"
 #include "federation/ConversionIFC.h"
 #include "federation/ContentView.h"
@@ -68,7 +67,7 @@ private slots:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
     void init() { QSettings().clear(); }
 
-    void bienvenidaYTitulo() {
+    void bienvenidaTituloYRoadMap() {
         Banco b;
         QVERIFY(QTest::qWaitForWindowExposed(&b.ventana));
         QCOMPARE(b.ventana.windowTitle(), QStringLiteral("Proyecto sin título[*] — VORNEL"));
@@ -85,9 +84,23 @@ private slots:
         QVERIFY(lateral.indexOf(QStringLiteral("Arquitectura")) < lateral.indexOf(QStringLiteral("Existente")));
         QVERIFY(lateral.contains(QStringLiteral("Áreas de Reserva")));
         QVERIFY(lateral.contains(QStringLiteral("Nueva especialidad")));
+
+        // The road map travels beside the program and speaks of the product.
+        QStringList ayuda;
+        for (QAction* a : b.ventana.menuBar()->actions())
+            if (a->text() == QStringLiteral("Ayuda"))
+                for (QAction* item : a->menu()->actions()) ayuda << item->text();
+        QCOMPARE(ayuda, (QStringList{"Road Map VORNEL", "Acerca de VORNEL"}));
+        QFile hoja(QCoreApplication::applicationDirPath() + QStringLiteral("/ROADMAP.md"));
+        QVERIFY(hoja.open(QIODevice::ReadOnly));
+        const QString texto = QString::fromUtf8(hoja.readAll());
+        for (const char* tema : {"Federation", "Comparison", "Clashes", "BCF", "Reports", "Sections", "Takeoff",
+                                 "Measurement and markup", "Timeline / 4D", "Batch"})
+            QVERIFY2(texto.contains(QString::fromLatin1(tema)), tema);
     }
 
-    void vincularMuestraPorElMenu() {
+    // A sample linked through the menu, a failure and the unlink, with their alerts.
+    void vincularFallarYDesvincularPorElMenu() {
         const QString duplex = QStringLiteral(TESKAL_SAMPLES_DIR "/duplex.ifc");
         if (!QFileInfo::exists(duplex)) QSKIP("sin ../shared/samples");
         Banco b;
@@ -103,10 +116,8 @@ private slots:
         // The model row sits under its discipline.
         const QStringList lateral = b.textosBarraLateral();
         QCOMPARE(lateral.indexOf(QStringLiteral("duplex.ifc")), lateral.indexOf(QStringLiteral("Arquitectura")) + 1);
-    }
 
-    void errorYEliminacionConSusAlertas() {
-        Banco b;
+        // A file that is no IFC: the converter's failure in its alert.
         QTemporaryFile falso(QDir::tempPath() + QStringLiteral("/XXXXXX.ifc"));
         QVERIFY(falso.open());
         falso.write("no es un IFC\n");
@@ -123,12 +134,7 @@ private slots:
         alerta->buttons().first()->click();
         QTRY_VERIFY(!b.cv.showError);
 
-        // Unlinking a model goes through its alert; "Eliminar" removes it.
-        ModeloConvertido m;
-        m.modelo = cargarOBJTexto("v 0 0 0\nv 1 0 0\nv 0 1 0\ng Muro\nf 1 2 3\n");
-        b.cv.fileName = "muros.ifc";
-        b.cv.integrarModelo(std::move(m), "/x/muros.ifc", "/no/existe.obj");
-        QTRY_VERIFY(b.textosBarraLateral().contains(QStringLiteral("muros.ifc")));
+        // Unlinking the model goes through its alert; "Eliminar" removes it.
         // The row's own control reads "Desvincular", the long form its tooltip.
         const QString fila = QString::fromStdString("modelo_" + b.cv.especialidades.at("ARQ").modelos[0].id);
         QToolButton* desvincular = nullptr;
@@ -142,10 +148,10 @@ private slots:
         QTRY_VERIFY((eliminar = b.ventana.findChild<QMessageBox*>(QStringLiteral("alertaEliminarModelo"))) != nullptr);
         QCOMPARE(eliminar->windowTitle(), QStringLiteral("Eliminar modelo"));
         QCOMPARE(eliminar->text(),
-                 QStringLiteral("¿Eliminar \"muros.ifc\" de la escena? Esta acción no se puede deshacer."));
+                 QStringLiteral("¿Eliminar \"duplex.ifc\" de la escena? Esta acción no se puede deshacer."));
         for (QAbstractButton* boton : eliminar->buttons())
             if (boton->text() == QStringLiteral("Eliminar")) boton->click();
-        QTRY_VERIFY(!b.textosBarraLateral().contains(QStringLiteral("muros.ifc")));
+        QTRY_VERIFY(!b.textosBarraLateral().contains(QStringLiteral("duplex.ifc")));
         QVERIFY(!b.cv.especialidades.at("ARQ").nodoRaiz);
         QCOMPARE(b.ventana.findChild<QStackedWidget*>()->currentWidget()->objectName(), QStringLiteral("bienvenida"));
     }
@@ -255,22 +261,6 @@ private slots:
         // A recent project opens as "Abrir proyecto" does.
         recientes->actions().at(1)->trigger();
         QTRY_COMPARE(b.ventana.windowTitle(), QStringLiteral("p10[*] — VORNEL"));
-    }
-
-    // The road map travels beside the program and speaks of the product.
-    void roadMapJuntoAlPrograma() {
-        Banco b;
-        QStringList ayuda;
-        for (QAction* a : b.ventana.menuBar()->actions())
-            if (a->text() == QStringLiteral("Ayuda"))
-                for (QAction* item : a->menu()->actions()) ayuda << item->text();
-        QCOMPARE(ayuda, (QStringList{"Road Map VORNEL", "Acerca de VORNEL"}));
-        QFile hoja(QCoreApplication::applicationDirPath() + QStringLiteral("/ROADMAP.md"));
-        QVERIFY(hoja.open(QIODevice::ReadOnly));
-        const QString texto = QString::fromUtf8(hoja.readAll());
-        for (const char* tema : {"Federation", "Comparison", "Clashes", "BCF", "Reports", "Sections", "Takeoff",
-                                 "Measurement and markup", "Timeline / 4D", "Batch"})
-            QVERIFY2(texto.contains(QString::fromLatin1(tema)), tema);
     }
 };
 
