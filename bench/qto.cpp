@@ -11,7 +11,8 @@
 // groups kept in a map by the text key "tipo|especialidad". Both must give
 // the same groups, counts and sums; the benchmark stops if they differ.
 //
-// Usage: bench_qto [--elementos N] [--repeticiones N]
+// Usage: bench_qto [--elementos N] [--repeticiones N] [--solo motor|csv]
+// (--solo runs one part alone, for a profiler.)
 
 #include "FederacionGenerada.h"
 #include "Medicion.h"
@@ -137,7 +138,7 @@ bool iguales(const std::vector<GrupoQTO>& a, const std::vector<GrupoLiteral>& b)
 }
 
 void uso() {
-    std::fprintf(stderr, "uso: bench_qto [--elementos N] [--repeticiones N]\n");
+    std::fprintf(stderr, "uso: bench_qto [--elementos N] [--repeticiones N] [--solo motor|csv]\n");
     std::exit(2);
 }
 
@@ -146,12 +147,15 @@ void uso() {
 int main(int argc, char** argv) {
     int elementosPorModelo = 12000;
     int repeticiones = 7;
+    std::string solo;
     for (int i = 1; i < argc; ++i) {
         const std::string a = argv[i];
         if (a == "--elementos" && i + 1 < argc)
             elementosPorModelo = std::max(1, std::atoi(argv[++i]));
         else if (a == "--repeticiones" && i + 1 < argc)
             repeticiones = std::max(1, std::atoi(argv[++i]));
+        else if (a == "--solo" && i + 1 < argc)
+            solo = argv[++i];
         else
             uso();
     }
@@ -172,6 +176,19 @@ int main(int argc, char** argv) {
     std::printf("qto: %zu element nodes in 9 models of 3 disciplines, %zu properties each and the class\n",
                 conteo.nodos, claves.size());
 
+    if (solo == "motor") {
+        Tiempos motor;
+        std::vector<GrupoQTO> a;
+        for (int r = 0; r < repeticiones; ++r) {
+            a.clear();
+            motor.anadir(cronometrar([&] {
+                a = calcularGruposQTO(cv.especialidades, cv.ordenEspecialidades, cv.propiedadesIFC);
+            }));
+        }
+        std::printf("engine: median %.1f ms (CPU %.1f)\n", motor.mediana() * 1e3, motor.medianaCPU() * 1e3);
+        return 0;
+    }
+
     // The CSV of every element, the twelve properties as extra columns.
     TablaQTO tabla;
     tabla.grupos = calcularGruposQTO(cv.especialidades, cv.ordenEspecialidades, cv.propiedadesIFC);
@@ -182,22 +199,25 @@ int main(int argc, char** argv) {
         csv.anadir(cronometrar([&] { bytes = tabla.textoCSV().size(); }));
     std::printf("csv: %.1f MB of %zu rows in %.1f ms (median of %d): %.0f MB/s\n", megabytes(bytes),
                 conteo.nodos, csv.mediana() * 1e3, repeticiones, megabytes(bytes) / csv.mediana());
+    if (solo == "csv") return 0;
 
-    // The engine and the literal form, alternately.
+    // The engine's runs, then the literal form's, so that neither pays for
+    // the memory the other freed.
     Tiempos motor, literal;
-    std::size_t grupos = 0;
-    bool coinciden = true;
+    std::vector<GrupoQTO> a;
+    std::vector<GrupoLiteral> b;
     for (int r = 0; r < repeticiones; ++r) {
-        std::vector<GrupoQTO> a;
-        std::vector<GrupoLiteral> b;
+        a.clear();
         motor.anadir(cronometrar([&] {
             a = calcularGruposQTO(cv.especialidades, cv.ordenEspecialidades, cv.propiedadesIFC);
         }));
-        literal.anadir(cronometrar([&] { b = calcularLiteral(cv); }));
-        grupos = a.size();
-        coinciden = coinciden && iguales(a, b);
     }
-    if (!coinciden) {
+    for (int r = 0; r < repeticiones; ++r) {
+        b.clear();
+        literal.anadir(cronometrar([&] { b = calcularLiteral(cv); }));
+    }
+    const std::size_t grupos = a.size();
+    if (!iguales(a, b)) {
         std::fprintf(stderr, "qto: the engine and the literal form differ\n");
         return 1;
     }

@@ -76,7 +76,7 @@ void ContentView::recibirNotificacion(const std::string& nombre) {
         abrirQTO();
         return;
     } else {
-        return;
+        return; // a name no command answers to
     }
     emit changed();
 }

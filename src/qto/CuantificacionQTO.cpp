@@ -100,7 +100,21 @@ private:
         cajas.emplace_back();
         Box caja;
         if (n.geometry()) caja.incluir(n.geometry()->boundingBox());
-        for (const auto& h : n.childNodes()) incluirEnPadre(caja, medir(*h), *h);
+        // A model root holds thousands of elements, each a node, a geometry
+        // and its arrays in memory of their own: ask for the next ones while
+        // this one is measured.
+        const auto& hijos = n.childNodes();
+        for (std::size_t k = 0; k < hijos.size(); ++k) {
+            if (k + 4 < hijos.size()) __builtin_prefetch(hijos[k + 4].get());
+            if (k + 2 < hijos.size())
+                if (const Geometry* g = hijos[k + 2]->geometry().get()) __builtin_prefetch(g);
+            if (k + 1 < hijos.size())
+                if (const Geometry* g = hijos[k + 1]->geometry().get()) {
+                    __builtin_prefetch(g->vertices.data());
+                    if (!g->elementos.empty()) __builtin_prefetch(g->elementos.front().indices.data());
+                }
+            incluirEnPadre(caja, medir(*hijos[k]), *hijos[k]);
+        }
         cajas[i] = caja;
         return caja;
     }
@@ -189,6 +203,15 @@ std::vector<GrupoQTO> calcularGruposQTO(const std::map<std::string, Especialidad
     std::map<std::string, std::unordered_map<std::string_view, std::size_t>> indiceGrupos;
     std::deque<std::string> clases;
     RecorridoCajas recorrido;
+    // What the walk found, before the items are made.
+    struct Medido {
+        const Node* nodo;
+        const PropiedadesElemento* propiedades;
+        std::size_t grupo;
+        float dx, dy, dz;
+    };
+    std::vector<Medido> medidos;
+    std::vector<std::size_t> cuentas; // items per group
 
     for (const std::string& clave : ordenEspecialidades) {
         const auto esp = especialidades.find(clave);
@@ -224,9 +247,17 @@ std::vector<GrupoQTO> calcularGruposQTO(const std::map<std::string, Especialidad
                 if (it != indiceNombre.end()) propiedades = &it->second;
             }
             std::string_view tipo = tipoPorDefecto;
-            if (propiedades) {
-                const auto t = propiedades->find(claveTipo);
-                if (t != propiedades->end()) tipo = t->second;
+            if (propiedades && !propiedades->empty()) {
+                // "__tipoIFC" sorts after the property sets' names, which
+                // begin with a capital: it is almost always the last key,
+                // one step away instead of a walk down the tree.
+                const auto& mapa = propiedades->mapa();
+                const auto ultima = std::prev(mapa.end());
+                if (ultima->first == claveTipoIFC) {
+                    tipo = ultima->second;
+                } else if (const auto t = mapa.find(claveTipo); t != mapa.end()) {
+                    tipo = t->second;
+                }
             }
 
             auto lugar = gruposEsp.find(tipo);
@@ -240,17 +271,25 @@ std::vector<GrupoQTO> calcularGruposQTO(const std::map<std::string, Especialidad
                 clases.push_back(nuevo.tipoIFC);
                 lugar = gruposEsp.emplace(clases.back(), grupos.size()).first;
                 grupos.push_back(std::move(nuevo));
+                cuentas.push_back(0);
             }
-            GrupoQTO& grupo = grupos[lugar->second];
-            ItemQTO& item = grupo.items.emplace_back();
-            item.id = ids.siguiente();
-            item.nombre = *nodo.name();
-            item.dx = ex;
-            item.dy = ey;
-            item.dz = ez;
-            item.densidad = grupo.densidad;
-            if (propiedades) item.propiedades = *propiedades;
+            ++cuentas[lugar->second];
+            medidos.push_back({&nodo, propiedades, lugar->second, ex, ey, ez});
         }
+    }
+
+    // Every group's list made to its size once, then filled in traversal order.
+    for (std::size_t k = 0; k < grupos.size(); ++k) grupos[k].items.reserve(cuentas[k]);
+    for (const Medido& m : medidos) {
+        GrupoQTO& grupo = grupos[m.grupo];
+        ItemQTO& item = grupo.items.emplace_back();
+        item.id = ids.siguiente();
+        item.nombre = *m.nodo->name();
+        item.dx = m.dx;
+        item.dy = m.dy;
+        item.dz = m.dz;
+        item.densidad = grupo.densidad;
+        if (m.propiedades) item.propiedades = *m.propiedades;
     }
 
     // By discipline, then readable name, in plain text order (code points,

@@ -5,6 +5,7 @@
 #include <QString>
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <map>
 
 namespace teskal {
@@ -13,14 +14,7 @@ namespace {
 
 constexpr std::string_view guion = "—";
 
-// A number in fixed notation with a point, whatever the locale ("%.4f").
-void agregarFijo(std::string& s, double v, int decimales) {
-    char buf[64];
-    const auto r = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::fixed, decimales);
-    if (r.ec == std::errc()) s.append(buf, r.ptr);
-}
-
-std::string fijo(double v, int decimales) {
+std::string fijo(float v, int decimales) {
     std::string s;
     agregarFijo(s, v, decimales);
     return s;
@@ -33,14 +27,14 @@ std::string celda(float v, int decimales) {
 
 void agregarCitado(std::string& s, std::string_view texto) {
     s.push_back('"');
-    for (const char c : texto) {
-        if (c == '"') s.push_back('"');
-        s.push_back(c);
+    for (auto p = texto.find('"'); p != std::string_view::npos; p = texto.find('"')) {
+        s.append(texto.substr(0, p + 1)).push_back('"');
+        texto.remove_prefix(p + 1);
     }
-    s.push_back('"');
+    s.append(texto).push_back('"');
 }
 
-void agregarNumeroCitado(std::string& s, double v, int decimales) {
+void agregarNumeroCitado(std::string& s, float v, int decimales) {
     s.push_back('"');
     agregarFijo(s, v, decimales);
     s.push_back('"');
@@ -121,6 +115,36 @@ std::string_view textoOrdenQTO(OrdenQTO orden) {
         return "Peso (kg)";
     }
     return {};
+}
+
+void agregarFijo(std::string& s, float v, int decimales) {
+    // A float times 10^d (d <= 4) needs at most 24 + 14 bits: the product is
+    // exact in a double, and rounding it to an integer, ties to even, is
+    // what printf does with the exact value. Larger or stranger values go
+    // the long way.
+    static constexpr double escalas[] = {1, 10, 100, 1000, 10000};
+    static constexpr std::uint64_t potencias[] = {1, 10, 100, 1000, 10000};
+    const double x = std::fabs(static_cast<double>(v)) * escalas[std::clamp(decimales, 0, 4)];
+    char buf[64];
+    if (decimales < 0 || decimales > 4 || !(x < 9.0e15)) {
+        const auto r = std::to_chars(buf, buf + sizeof buf, static_cast<double>(v), std::chars_format::fixed, decimales);
+        if (r.ec == std::errc()) s.append(buf, r.ptr);
+        return;
+    }
+    if (std::signbit(v)) s.push_back('-');
+    const auto n = static_cast<std::uint64_t>(std::nearbyint(x));
+    const std::uint64_t p = potencias[decimales];
+    char* fin = std::to_chars(buf, buf + sizeof buf, n / p).ptr;
+    if (decimales > 0) {
+        *fin++ = '.';
+        std::uint64_t fraccion = n % p;
+        for (int k = decimales - 1; k >= 0; --k) {
+            fin[k] = static_cast<char>('0' + fraccion % 10);
+            fraccion /= 10;
+        }
+        fin += decimales;
+    }
+    s.append(buf, fin);
 }
 
 std::string citarCSV(std::string_view texto) {
@@ -299,8 +323,26 @@ std::string TablaQTO::textoCSV() const {
             agregarCitado(s, parametrosExtra[k]);
         }
     }
+    // The extra keys in key order, so that each item's properties are read
+    // in one pass along its map instead of one search per column.
+    std::vector<std::size_t> porClave(parametrosExtra.size());
+    for (std::size_t k = 0; k < porClave.size(); ++k) porClave[k] = k;
+    std::sort(porClave.begin(), porClave.end(),
+              [this](std::size_t a, std::size_t b) { return parametrosExtra[a] < parametrosExtra[b]; });
+    std::vector<std::string_view> valores(parametrosExtra.size());
     for (const GrupoQTO* g : filtrados) {
         for (const ItemQTO& i : g->items) {
+            if (!valores.empty()) {
+                auto it = i.propiedades.begin();
+                const auto fin = i.propiedades.end();
+                for (const std::size_t k : porClave) {
+                    const std::string& clave = parametrosExtra[k];
+                    while (it != fin && it->first < clave) ++it;
+                    valores[k] = it != fin && it->first == clave && !valorVacioQTO(it->second)
+                                     ? std::string_view(it->second)
+                                     : std::string_view();
+                }
+            }
             s.push_back('\n');
             agregarCitado(s, g->tipoIFC);
             s.push_back(',');
@@ -325,9 +367,9 @@ std::string TablaQTO::textoCSV() const {
             agregarNumeroCitado(s, i.areaCara(), 4);
             s.push_back(',');
             agregarNumeroCitado(s, i.peso(), 2);
-            for (const std::string& clave : parametrosExtra) {
+            for (const std::string_view v : valores) {
                 s.push_back(',');
-                agregarCitado(s, valorExtra(i, clave));
+                agregarCitado(s, v);
             }
         }
     }

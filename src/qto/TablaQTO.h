@@ -111,6 +111,10 @@ std::string nombreArchivoCSVQTO(std::int64_t segundos);
 std::vector<PsetDisponible> agruparParametros(const std::vector<ParamDisponible>& disponibles,
                                               const std::string& busqueda);
 
+// A 32-bit quantity in fixed notation with `decimales` digits and a point,
+// whatever the locale, as printf's "%.*f" writes it.
+void agregarFijo(std::string& s, float v, int decimales);
+
 // The text between quotation marks, each quotation mark doubled.
 std::string citarCSV(std::string_view texto);
 

@@ -1,24 +1,25 @@
 // The takeoff window under Xvfb over the demo federation: opened with the
-// menu shortcut (one more window per press), sorted by a column title, an
-// IFC property added as a column through the parameters sheet, and the CSV
-// exported through the save panel and read back with Python's csv module.
+// menu shortcut and the toolbar button (one more window each), sorted by a
+// column title, a group opened, an IFC property added as a column through
+// the parameters sheet, and the CSV exported through the save panel and read
+// back with Python's csv module.
 // With nothing linked, the shortcut raises the error instead.
 #include "app/ui/VentanaPrincipal.h"
 #include "federation/CentroNotificaciones.h"
 #include "federation/ContentView.h"
 #include "qto/ui/QuantityTakeoffView.h"
+#include "../lector_csv.h"
 
 #include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QMessageBox>
-#include <QProcess>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QToolButton>
 #include <QTreeWidget>
 #include <QtTest>
 
@@ -48,23 +49,6 @@ struct Banco {
         return r;
     }
 };
-
-QList<QStringList> leerCSVConPython(const QString& ruta) {
-    QProcess p;
-    p.start(QStringLiteral("python3"),
-            {QStringLiteral("-c"),
-             QStringLiteral("import csv, json, sys\n"
-                            "with open(sys.argv[1], encoding='utf-8', newline='') as f:\n"
-                            "    print(json.dumps(list(csv.reader(f))))\n"),
-             ruta});
-    p.waitForFinished(60000);
-    QList<QStringList> filas;
-    for (const auto& f : QJsonDocument::fromJson(p.readAllStandardOutput()).array()) {
-        filas.append(QStringList());
-        for (const auto& c : f.toArray()) filas.back() << c.toString();
-    }
-    return filas;
-}
 
 } // namespace
 
@@ -99,8 +83,11 @@ private slots:
 
         b.pulsarAtajo();
         QTRY_COMPARE(b.ventanasQTO().size(), std::size_t(1));
-        b.pulsarAtajo();
-        QTRY_COMPARE(b.ventanasQTO().size(), std::size_t(2)); // each press, one more snapshot
+        // The toolbar's button takes the same path: one more snapshot.
+        auto* boton = b.ventana.findChild<QToolButton*>(QStringLiteral("botonQTO"));
+        QCOMPARE(boton->toolTip(), QStringLiteral("Tabla de volúmenes y áreas por tipo IFC · Ctrl+Shift+Q"));
+        QTest::mouseClick(boton, Qt::LeftButton);
+        QTRY_COMPARE(b.ventanasQTO().size(), std::size_t(2));
         QuantityTakeoffView* v = b.ventanasQTO()[0];
         QVERIFY(QTest::qWaitForWindowExposed(v));
         QCOMPARE(v->windowTitle(), QStringLiteral("Cuantificación de Elementos (QTO)"));
@@ -111,9 +98,13 @@ private slots:
         QCOMPARE(arbol->topLevelItemCount(), static_cast<int>(grupos.size()) + 1);
         QCOMPARE(arbol->topLevelItem(arbol->topLevelItemCount() - 1)->text(0), QStringLiteral("TOTAL"));
 
+        const QString captura = qEnvironmentVariable("VORNEL_CAPTURA");
+        if (!captura.isEmpty()) v->grab().save(captura + QStringLiteral("/qto_abierta.png"));
+
         // "Peso total" twice: ascending, then descending, as the rows show.
         QHeaderView* cabecera = arbol->header();
         auto pulsarTitulo = [&](int columna) {
+            arbol->horizontalScrollBar()->setValue(arbol->horizontalScrollBar()->maximum());
             QTest::mouseClick(cabecera->viewport(), Qt::LeftButton, {},
                               QPoint(cabecera->sectionViewportPosition(columna) + 5, cabecera->height() / 2));
         };
@@ -127,7 +118,8 @@ private slots:
         };
         pulsarTitulo(10);
         QVERIFY(v->tabla().ordenColumna == OrdenQTO::peso && v->tabla().ordenAscendente);
-        QVERIFY(std::is_sorted(pesos().begin(), pesos().end()));
+        const QList<double> subiendo = pesos();
+        QVERIFY(std::is_sorted(subiendo.begin(), subiendo.end()));
         pulsarTitulo(10);
         QVERIFY(!v->tabla().ordenAscendente);
         const QList<double> bajando = pesos();
@@ -163,8 +155,7 @@ private slots:
         QCOMPARE(v->findChild<QPushButton*>(QStringLiteral("botonParametros"))->text(),
                  QStringLiteral("Parámetros IFC (1)"));
 
-        if (qEnvironmentVariableIsSet("VORNEL_CAPTURA"))
-            v->grab().save(qEnvironmentVariable("VORNEL_CAPTURA") + QStringLiteral("/qto.png"));
+        if (!captura.isEmpty()) v->grab().save(captura + QStringLiteral("/qto_ordenada.png"));
 
         // "Exportar CSV": the save panel proposes the name, the file is written.
         QTemporaryDir dir;
@@ -178,7 +169,7 @@ private slots:
         static_cast<QDialog*>(panel)->accept();
         QTRY_VERIFY(QFileInfo::exists(ruta));
         QVERIFY(!b.cv.showError);
-        const QList<QStringList> filas = leerCSVConPython(ruta);
+        const QList<QStringList> filas = pruebas::leerCSVConPython(ruta);
         std::size_t elementos = 0;
         for (const GrupoQTO& g : grupos) elementos += g.cantidad();
         QCOMPARE(static_cast<std::size_t>(filas.size()), elementos + 1);

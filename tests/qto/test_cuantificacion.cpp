@@ -5,17 +5,16 @@
 #include "federation/ContentView.h"
 #include "federation/ConversionIFC.h"
 #include "qto/TablaQTO.h"
+#include "lector_csv.h"
 
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QProcess>
+#include <QFile>
 #include <QTemporaryDir>
 #include <algorithm>
-#include <fstream>
 #include <gtest/gtest.h>
+#include <limits>
+#include <random>
 #include <set>
-#include <sstream>
 
 using namespace teskal;
 
@@ -107,31 +106,14 @@ std::vector<std::string> nombresItems(const GrupoQTO& g) {
     return r;
 }
 
-// The file as Python's csv module reads it (UTF-8, BOM kept if present), as
-// a JSON array of rows.
-std::vector<std::vector<std::string>> leerCSVConPython(const std::string& ruta) {
-    QProcess p;
-    p.start(QStringLiteral("python3"),
-            {QStringLiteral("-c"),
-             QStringLiteral("import csv, json, sys\n"
-                            "with open(sys.argv[1], encoding='utf-8', newline='') as f:\n"
-                            "    print(json.dumps(list(csv.reader(f))))\n"),
-             QString::fromStdString(ruta)});
-    EXPECT_TRUE(p.waitForFinished(60000));
-    EXPECT_EQ(p.exitCode(), 0) << p.readAllStandardError().toStdString();
+// The file's rows as Python's csv module reads them.
+std::vector<std::vector<std::string>> leerCSV(const std::string& ruta) {
     std::vector<std::vector<std::string>> filas;
-    for (const auto& f : QJsonDocument::fromJson(p.readAllStandardOutput()).array()) {
+    for (const QStringList& f : pruebas::leerCSVConPython(QString::fromStdString(ruta))) {
         filas.emplace_back();
-        for (const auto& c : f.toArray()) filas.back().push_back(c.toString().toStdString());
+        for (const QString& c : f) filas.back().push_back(c.toStdString());
     }
     return filas;
-}
-
-std::string leerBytes(const std::string& ruta) {
-    std::ifstream f(ruta, std::ios::binary);
-    std::stringstream s;
-    s << f.rdbuf();
-    return s.str();
 }
 
 const std::vector<std::string> cabecera{"Tipo IFC",         "Tipo (nombre)",   "Especialidad",     "Nombre",
@@ -306,6 +288,25 @@ TEST(TablaQTO, ordenTolerantePorCadaColumnaEnAmbosSentidos) {
     EXPECT_EQ(t.gruposFiltradosOrdenados().front()->volumen(), 8.0f);
 }
 
+TEST(TablaQTO, numerosComoPrintf) {
+    // Ties to even on the exact value, negative zero, large and odd values,
+    // then a wide random sample: all as printf writes them.
+    std::vector<float> valores{0.125f, 0.375f, 2.5f, 3.5f, 0.00005f, 0.00015f, -0.0f, -0.4f, 1e-9f,
+                               123456.789f, 9.99995f, 1e12f, 3e38f, std::numeric_limits<float>::infinity()};
+    std::mt19937 azar(17);
+    std::uniform_real_distribution<float> mantisa(0.0f, 1.0f);
+    std::uniform_int_distribution<int> exponente(-12, 20);
+    for (int k = 0; k < 20000; ++k) valores.push_back(std::ldexp(mantisa(azar), exponente(azar)));
+    for (const float v : valores)
+        for (int d = 0; d <= 4; ++d) {
+            char esperado[128];
+            std::snprintf(esperado, sizeof esperado, "%.*f", d, static_cast<double>(v));
+            std::string s;
+            agregarFijo(s, v, d);
+            ASSERT_EQ(s, esperado) << v << " con " << d;
+        }
+}
+
 TEST(TablaQTO, filasTotalesYParametros) {
     TablaQTO t{Federacion().grupos(), QDateTime::currentDateTime(), "Todas", {}, OrdenQTO::tipoNombre, true, {}};
     // The catalogue: every key but the type, the most frequent first; a key
@@ -401,10 +402,12 @@ TEST(TablaQTO, csvLeidoPorPython) {
         t.parametrosExtra = c.extra;
         const std::string ruta = dir.filePath(QString::fromStdString(c.filtro + ".csv")).toStdString();
         ASSERT_TRUE(f.cv.guardarCSVQTO(ruta, t.textoCSV()));
-        const std::string bytes = leerBytes(ruta);
-        EXPECT_NE(bytes.substr(0, 3), "\xEF\xBB\xBF") << "sin BOM";
-        EXPECT_NE(bytes.back(), '\n') << "sin salto final";
-        const auto filas = leerCSVConPython(ruta);
+        QFile archivo(QString::fromStdString(ruta));
+        ASSERT_TRUE(archivo.open(QIODevice::ReadOnly));
+        const QByteArray bytes = archivo.readAll();
+        EXPECT_FALSE(bytes.startsWith("\xEF\xBB\xBF")) << "sin BOM";
+        EXPECT_FALSE(bytes.endsWith('\n')) << "sin salto final";
+        const auto filas = leerCSV(ruta);
         ASSERT_EQ(filas.size(), c.filas);
         std::vector<std::string> esperada = cabecera;
         esperada.insert(esperada.end(), c.extra.begin(), c.extra.end());
@@ -415,7 +418,7 @@ TEST(TablaQTO, csvLeidoPorPython) {
         for (const auto& fila : filas) EXPECT_EQ(fila.size(), esperada.size());
     }
     // The quotation mark and the comma come back whole; "$" as an empty field.
-    const auto filas = leerCSVConPython(dir.filePath(QStringLiteral("Todas.csv")).toStdString());
+    const auto filas = leerCSV(dir.filePath(QStringLiteral("Todas.csv")).toStdString());
     const auto muro = std::find_if(filas.begin(), filas.end(), [](const auto& r) { return r[3].starts_with("Muro \""); });
     ASSERT_NE(muro, filas.end());
     EXPECT_EQ((*muro)[3], "Muro \"norte\", planta 1");

@@ -293,6 +293,7 @@ QuantityTakeoffView::QuantityTakeoffView(TablaQTO tabla, ContentView& cv, QWidge
 void QuantityTakeoffView::reconstruir() {
     reconstruyendo_ = true;
     const int desplazamiento = arbol_->verticalScrollBar()->value();
+    const int desplazamientoH = arbol_->horizontalScrollBar()->value();
     const TotalesQTO t = tabla_.totales();
     elementos_->setText(QString::number(t.cantidad));
     tipos_->setText(QString::number(t.tipos));
@@ -345,6 +346,7 @@ void QuantityTakeoffView::reconstruir() {
     arbol_->setColumnWidth(0, 200);
     for (int c = 1; c < arbol_->columnCount(); ++c) arbol_->resizeColumnToContents(c);
     arbol_->verticalScrollBar()->setValue(desplazamiento);
+    arbol_->horizontalScrollBar()->setValue(desplazamientoH);
     reconstruyendo_ = false;
 }
 
