@@ -147,6 +147,7 @@ private slots:
                     elegido = lista->topLevelItem(i)->child(j);
         QVERIFY(elegido);
         elegido->setCheckState(0, Qt::Checked);
+        if (!captura.isEmpty()) sheet->grab().save(captura + QStringLiteral("/qto_parametros.png"));
         auto* aplicar = sheet->findChild<QPushButton*>(QStringLiteral("aplicarParametros"));
         QCOMPARE(aplicar->text(), QStringLiteral("Aplicar (1)"));
         QTest::mouseClick(aplicar, Qt::LeftButton);
