@@ -1,19 +1,23 @@
 #pragma once
 
-// The federation the render and measure benchmarks share, built in memory
+// The federation the render and takeoff benchmarks share, built in memory
 // without IFC or converter: three disciplines (ARQ, EST, MEP) of three models
 // each, every model a sector of a 100 x 100 x 60 m building with N element
-// nodes, each element one geometry of unrolled triangles (extruded boxes,
-// hexagons and octagons of 12 to 28 triangles) with the OBJ reader's own
-// material.
+// nodes. Each element has one geometry of unrolled triangles, as the OBJ
+// reader makes them (extruded boxes, hexagons and octagons of 12 to 28
+// triangles), and the reader's own material. Models come in through
+// ContentView::integrarModelo, so the tree, the colours, the floor and the
+// lights are the workspace's own.
 
 #include "federation/CargaOBJ.h"
-#include "scene/Node.h"
+#include "federation/ContentView.h"
+#include "federation/ConversionIFC.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <glm/gtc/constants.hpp>
+#include <memory>
 #include <numeric>
 #include <random>
 #include <string>
@@ -21,14 +25,11 @@
 
 namespace teskal::bench {
 
-inline constexpr int plantas = 15;
-inline constexpr float alturaPlanta = 4.0f;
-inline constexpr float ladoEdificio = 100.0f;
-inline constexpr int modelosPorDisciplina = 3;
-inline constexpr const char* disciplinas[] = {"ARQ", "EST", "MEP"};
-
-// ---------------------------------------------------------------------------
-// The generated federation.
+constexpr int plantas = 15;
+constexpr float alturaPlanta = 4.0f;
+constexpr float ladoEdificio = 100.0f;
+constexpr int modelosPorDisciplina = 3;
+constexpr const char* disciplinas[] = {"ARQ", "EST", "MEP"};
 
 enum class Eje { X, Y, Z };
 
@@ -171,6 +172,24 @@ inline std::shared_ptr<Node> generarModelo(const std::string& disciplina, int se
         }
     }
     return raiz;
+}
+
+// Builds the whole federation into the workspace, `elementosPorModelo`
+// elements in each of the nine models, always from the same seed.
+inline void construirFederacion(ContentView& cv, int elementosPorModelo, Conteo& conteo) {
+    std::mt19937 azar(20240611);
+    for (const char* clave : disciplinas) {
+        for (int m = 0; m < modelosPorDisciplina; ++m) {
+            ModeloConvertido convertido;
+            convertido.modelo = generarModelo(clave, m, elementosPorModelo, azar, conteo);
+            const std::string nombre =
+                std::string(clave) + "_sector_" + static_cast<char>('A' + m) + ".ifc";
+            cv.seleccionActual = clave;
+            cv.fileName = nombre;
+            cv.integrarModelo(std::move(convertido), "/proyectos/" + nombre,
+                              "/no/existe/" + nombre + ".obj");
+        }
+    }
 }
 
 } // namespace teskal::bench

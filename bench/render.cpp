@@ -561,20 +561,8 @@ int main(int argc, char** argv) {
     // The federation, through the workspace's own road for a converted model.
     const long long rssVacio = residente();
     Conteo conteo;
-    std::mt19937 azar(20240611);
     const Medida generacion = cronometrar([&] {
-        for (const char* clave : disciplinas) {
-            for (int m = 0; m < modelosPorDisciplina; ++m) {
-                ModeloConvertido convertido;
-                convertido.modelo = generarModelo(clave, m, elementosPorModelo, azar, conteo);
-                const std::string nombre =
-                    std::string(clave) + "_sector_" + static_cast<char>('A' + m) + ".ifc";
-                cv->seleccionActual = clave;
-                cv->fileName = nombre;
-                cv->integrarModelo(std::move(convertido), "/proyectos/" + nombre,
-                                   "/no/existe/" + nombre + ".obj");
-            }
-        }
+        construirFederacion(*cv, elementosPorModelo, conteo);
     });
     const long long rssEscena = residente();
     const double tri = static_cast<double>(conteo.triangulos);

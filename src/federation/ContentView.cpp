@@ -72,8 +72,11 @@ void ContentView::recibirNotificacion(const std::string& nombre) {
     } else if (nombre == notificaciones::nuevoProyecto) {
         pedirAccion({AccionPendiente::Tipo::nuevoProyecto, {}});
         return;
+    } else if (nombre == notificaciones::abrirQTO) {
+        abrirQTO();
+        return;
     } else {
-        return; // the takeoff joins with its subsystem
+        return; // a name no command answers to
     }
     emit changed();
 }

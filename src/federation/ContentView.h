@@ -7,6 +7,7 @@
 #include "federation/GrillasIFC.h"
 #include "federation/PropiedadesIFC.h"
 #include "persistence/GestorProyecto.h"
+#include "qto/EstadoQTO.h"
 #include "scene/ColoresSistema.h"
 #include "scene/Node.h"
 #include "viewport/ViewportController.h"
@@ -174,6 +175,9 @@ public:
     EtiquetasPorTitulo almacenEtiquetas; // labels by sheet title
     TimeLinerConfig timeLiner = TimeLinerConfig::porDefecto();
 
+    // Quantity takeoff: snapshots waiting for their windows.
+    EstadoQTO qto;
+
     // Reporting.
     std::optional<std::string> errorMessage;
     bool showError = false;
@@ -338,6 +342,14 @@ public:
     void cerrarPaneles();
     // Opens what the program was started with: a project or a package.
     void abrirArchivoInicial(const std::string& ruta);
+
+    // Quantity takeoff ("Cuantificación (QTO)..."): measures the federation
+    // into a new snapshot for its own window, or reports that there is
+    // nothing to quantify.
+    void abrirQTO();
+    // "Exportar CSV" of a takeoff window: writes the text atomically; a
+    // failure goes to the error channel and gives false.
+    bool guardarCSVQTO(const std::string& ruta, const std::string& texto);
 
     // Scene assembly.
     // The model goes to the discipline `clave`, the one chosen when its file

@@ -58,6 +58,7 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"calendar", "x-office-calendar-symbolic"},
         {"lineweight", "format-justify-fill-symbolic"},
         {"hand.point.up", "input-mouse-symbolic"},
+        {"tablecells", "x-office-spreadsheet-symbolic"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

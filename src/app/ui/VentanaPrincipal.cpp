@@ -17,6 +17,7 @@
 #include "viewport/markup/ui/PanelComentarios.h"
 #include "viewport/markup/ui/PanelMarkup.h"
 #include "viewport/markup/ui/ReporteComentariosView.h"
+#include "qto/ui/QuantityTakeoffView.h"
 #include "viewport/ui/BarraVisor.h"
 #include "viewport/ui/LeyendaVisor.h"
 #include "viewport/ui/VisorEscena.h"
@@ -164,6 +165,10 @@ void VentanaPrincipal::crearMenus() {
     salir->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     connect(salir, &QAction::triggered, this, &QWidget::close); // the same path as the close box
 
+    QMenu* herramientas = menuBar()->addMenu(QStringLiteral("Herramientas"));
+    publicarCon(herramientas, QStringLiteral("Cuantificación (QTO)..."), "accionQTO", notificaciones::abrirQTO,
+                QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Q));
+
     QMenu* ayuda = menuBar()->addMenu(QStringLiteral("Ayuda"));
     QAction* hojaRuta = ayuda->addAction(QStringLiteral("Road Map VORNEL"));
     hojaRuta->setObjectName(QStringLiteral("accionRoadMap"));
@@ -310,7 +315,27 @@ void VentanaPrincipal::sincronizar() {
     } else if (alertaAusentes_) {
         alertaAusentes_->close();
     }
+    if (!cv_.qto.ventanasPendientes.empty()) abrirVentanasQTO();
     if (cv_.showError) abrirError();
+}
+
+void VentanaPrincipal::abrirVentanasQTO() {
+    // Each takeoff is a snapshot in a window of its own; earlier ones stay.
+    auto pendientes = std::move(cv_.qto.ventanasPendientes);
+    cv_.qto.ventanasPendientes.clear();
+    for (InstantaneaQTO& i : pendientes) {
+        TablaQTO tabla;
+        tabla.grupos = std::move(i.grupos);
+        tabla.fecha = i.fecha;
+        auto ventana = std::make_unique<QuantityTakeoffView>(std::move(tabla), cv_);
+        ventana->resize(870, 700);
+        if (const QScreen* pantalla = screen())
+            ventana->move(pantalla->availableGeometry().center() - ventana->rect().center());
+        ventana->show();
+        ventana->raise();
+        ventana->activateWindow();
+        reportWindows_.push_back(std::move(ventana));
+    }
 }
 
 void VentanaPrincipal::abrirGuardarCambios() {

@@ -63,6 +63,8 @@ private:
                                 const QString& nombre, std::function<void(const QString&)> alAceptar);
     void abrirPanelesProyecto();
     void abrirError();
+    // The takeoffs the workspace computed, each in a new window.
+    void abrirVentanasQTO();
     void abrirEliminarModelo();
     void abrirEliminarAnalisis();
     // "¿Guardar los cambios de «nombre»?" for the workspace's pending action.

@@ -164,6 +164,16 @@ BarraVisor::BarraVisor(ContentView& cv, QWidget* parent) : QFrame(parent), cv_(c
     cerrar_->setAutoRaise(true);
     connect(cerrar_, &QToolButton::clicked, this, [this] { cv_.cerrarPoligono(); });
     h->addWidget(cerrar_);
+    auto* qto = new QToolButton(this);
+    qto->setObjectName(QStringLiteral("botonQTO"));
+    qto->setIcon(iconoSimbolo("tablecells"));
+    qto->setText(QStringLiteral("QTO"));
+    qto->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    qto->setToolTip(QStringLiteral("Tabla de volúmenes y áreas por tipo IFC · Ctrl+Shift+Q"));
+    qto->setAutoRaise(true);
+    // The same path as the menu item.
+    connect(qto, &QToolButton::clicked, this, [this] { cv_.recibirNotificacion(notificaciones::abrirQTO); });
+    h->addWidget(qto);
 
     connect(&cv_, &ContentView::changed, this, &BarraVisor::sincronizar);
     sincronizar();
