@@ -101,7 +101,8 @@ std::vector<GrupoLiteral> calcularLiteral(const ContentView& cv) {
             std::map<std::string, std::string> propiedades;
             const auto indice = cv.propiedadesIFC.find(clave);
             if (indice != cv.propiedadesIFC.end() && indice->second.contains(*n.name()))
-                propiedades = indice->second.at(*n.name()).mapa();
+                propiedades = std::map<std::string, std::string>(indice->second.at(*n.name()).begin(),
+                                                                 indice->second.at(*n.name()).end());
             const std::string tipo = propiedades.contains(std::string(claveTipoIFC))
                                          ? propiedades.at(std::string(claveTipoIFC))
                                          : std::string("IFCBUILDINGELEMENTPROXY");
@@ -130,7 +131,8 @@ bool iguales(const std::vector<GrupoQTO>& a, const std::vector<GrupoLiteral>& b)
             const ItemQTO& x = a[k].items[i];
             const auto& y = b[k].items[i];
             if (x.nombre != y.nombre || x.dx != y.dx || x.dy != y.dy || x.dz != y.dz ||
-                x.propiedades.mapa() != y.propiedades)
+                std::map<std::string, std::string>(x.propiedades.begin(), x.propiedades.end()) !=
+                    y.propiedades)
                 return false;
         }
     }

@@ -250,12 +250,11 @@ std::vector<GrupoQTO> calcularGruposQTO(const std::map<std::string, Especialidad
             if (propiedades && !propiedades->empty()) {
                 // "__tipoIFC" sorts after the property sets' names, which
                 // begin with a capital: it is almost always the last key,
-                // one step away instead of a walk down the tree.
-                const auto& mapa = propiedades->mapa();
-                const auto ultima = std::prev(mapa.end());
+                // one step away instead of a search.
+                const auto ultima = std::prev(propiedades->end());
                 if (ultima->first == claveTipoIFC) {
                     tipo = ultima->second;
-                } else if (const auto t = mapa.find(claveTipo); t != mapa.end()) {
+                } else if (const auto t = propiedades->find(claveTipo); t != propiedades->end()) {
                     tipo = t->second;
                 }
             }

@@ -39,7 +39,7 @@ std::shared_ptr<Node> grupo(std::optional<std::string> nombre, std::initializer_
     return n;
 }
 
-PropiedadesElemento tipo(const std::string& t, std::initializer_list<std::pair<const std::string, std::string>> mas = {}) {
+PropiedadesElemento tipo(const std::string& t, std::initializer_list<std::pair<std::string, std::string>> mas = {}) {
     PropiedadesElemento p(mas);
     p.insert_or_assign(std::string(claveTipoIFC), t);
     return p;
