@@ -46,6 +46,7 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"xmark.circle.fill", "process-stop-symbolic"},
         {"square.and.arrow.up.on.square", "document-send-symbolic"},
         {"printer.fill", "document-print-symbolic"},
+        {"calendar.badge.clock", "x-office-calendar"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

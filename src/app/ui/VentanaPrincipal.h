@@ -43,6 +43,10 @@ public:
     // from the two versions; nothing without a comparison.
     void abrirInformeXOR();
     const std::vector<std::unique_ptr<QWidget>>& reportWindows() const { return reportWindows_; }
+    // "Abrir Timeline": one timeline window at a time, brought to the front
+    // when it is open already.
+    void abrirTimeLiner();
+    const std::vector<std::unique_ptr<QWidget>>& timeLinerWindows() const { return timeLinerWindows_; }
 
 protected:
     void closeEvent(QCloseEvent* evento) override;
@@ -102,6 +106,7 @@ private:
     bool cierrePedido_ = false; // the close the workspace allowed is under way
     bool cerrada_ = false;
     std::vector<std::unique_ptr<QWidget>> reportWindows_;
+    std::vector<std::unique_ptr<QWidget>> timeLinerWindows_;
 };
 
 } // namespace teskal
