@@ -7,6 +7,7 @@
 #include "timeline/GeometriaGantt.h"
 #include "timeline/ValorGanado.h"
 #include "ui/Iconos.h"
+#include "timeline/ui/TimeLinerView.h"
 #include "ui/TextoQt.h"
 
 #include <QButtonGroup>
@@ -137,6 +138,7 @@ EditorPaqueteView::EditorPaqueteView(ContentView& cv, PaqueteAWP copia, QWidget*
     : QDialog(parent), cv_(cv), paquete_(std::move(copia)) {
     existe_ = cv_.paqueteAWP(paquete_.id) != nullptr;
     setObjectName(QStringLiteral("editorPaquete"));
+    temaTimeline(*this);
     setWindowTitle(existe_ ? QStringLiteral("Editar: ") + q(paquete_.codigo) : QStringLiteral("Nuevo Paquete AWP"));
     resize(620, 760);
     auto* v = new QVBoxLayout(this);

@@ -6,6 +6,7 @@
 #include "timeline/EditorPaquete.h"
 #include "timeline/GeometriaGantt.h"
 #include "timeline/ValorGanado.h"
+#include "timeline/ui/TimeLinerView.h"
 #include "ui/TextoQt.h"
 #include "viewport/render/RenderizadorImagenes.h"
 
@@ -67,6 +68,7 @@ Color colorIndice(double v) {
 FichaAWPView::FichaAWPView(ContentView& cv, const PaqueteAWP& p, const QImage& imagenRender, QWidget* parent)
     : QDialog(parent) {
     setObjectName(QStringLiteral("fichaAWP"));
+    temaTimeline(*this);
     setWindowTitle(QStringLiteral("Ficha AWP — ") + q(p.codigo));
     setFixedWidth(640);
     resize(640, 780);

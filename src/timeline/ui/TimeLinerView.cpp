@@ -77,22 +77,25 @@ QLabel* cabecera(const QString& texto, QWidget* padre) {
 
 } // namespace
 
-TimeLinerView::TimeLinerView(ContentView& cv, QWidget* parent) : QWidget(parent), cv_(cv) {
-    setObjectName(QStringLiteral("timeLinerView"));
-    setWindowTitle(QStringLiteral("Timeline / Control de Obra — VORNEL"));
-    // A dark window, as the chart is: every panel inherits the palette.
-    QPalette paleta = palette();
+void temaTimeline(QWidget& w) {
+    QPalette paleta = w.palette();
     paleta.setColor(QPalette::Window, QColor(0x1c, 0x1c, 0x1f));
     paleta.setColor(QPalette::Base, QColor(0x16, 0x16, 0x18));
     paleta.setColor(QPalette::AlternateBase, QColor(0x22, 0x22, 0x26));
     paleta.setColor(QPalette::Button, QColor(0x2c, 0x2c, 0x30));
     for (const auto rol : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         paleta.setColor(rol, QColor(0xe6, 0xe6, 0xe6));
-    setPalette(paleta);
-    setAutoFillBackground(true);
+    w.setPalette(paleta);
+    w.setAutoFillBackground(true);
     // Labels with a style of their own take the application's palette: the
     // light text is given by rule.
-    setStyleSheet(QStringLiteral("#timeLinerView QLabel { color: #e6e6e6; }"));
+    w.setStyleSheet(QStringLiteral("#%1 QLabel { color: #e6e6e6; }").arg(w.objectName()));
+}
+
+TimeLinerView::TimeLinerView(ContentView& cv, QWidget* parent) : QWidget(parent), cv_(cv) {
+    setObjectName(QStringLiteral("timeLinerView"));
+    setWindowTitle(QStringLiteral("Timeline / Control de Obra — VORNEL"));
+    temaTimeline(*this);
     auto* v = new QVBoxLayout(this);
     v->setContentsMargins(10, 8, 10, 8);
     v->addWidget(crearBarra());

@@ -18,6 +18,10 @@ class EditorPaqueteView;
 class GraficoCurvaS;
 class VistaGantt;
 
+// The timeline's windows are dark, as its chart is: the palette and the
+// label colour for a window named by its object name.
+void temaTimeline(QWidget& w);
+
 // The timeline window: the scrubber with its steps and "Auto %", the Gantt of
 // the package tree, and beside it the earned-value panel or the S-curve.
 // Opening puts the scrubber on the plan's start; closing puts out the lit
