@@ -87,9 +87,11 @@ void temaTimeline(QWidget& w) {
         paleta.setColor(rol, QColor(0xe6, 0xe6, 0xe6));
     w.setPalette(paleta);
     w.setAutoFillBackground(true);
-    // Labels with a style of their own take the application's palette: the
-    // light text is given by rule.
-    w.setStyleSheet(QStringLiteral("#%1 QLabel { color: #e6e6e6; }").arg(w.objectName()));
+    // Labels with a style of their own take the application's palette, and so
+    // do the pages of scroll areas: their colours are given by rule.
+    w.setStyleSheet(QStringLiteral("#%1 QLabel, #%1 QCheckBox { color: #e6e6e6; } "
+                                   "#%1 QScrollArea > QWidget > QWidget { background: #1c1c1f; }")
+                        .arg(w.objectName()));
 }
 
 TimeLinerView::TimeLinerView(ContentView& cv, QWidget* parent) : QWidget(parent), cv_(cv) {
