@@ -23,6 +23,7 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QSlider>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -56,7 +57,10 @@ void CampoNumerico::refrescar() {
 }
 
 bool CampoNumerico::eventFilter(QObject* objeto, QEvent* evento) {
-    // Leaving the field shows the value formatted again.
+    // Entering the field selects its text, so that typing replaces it;
+    // leaving it shows the value formatted again.
+    if (objeto == texto_ && evento->type() == QEvent::FocusIn)
+        QTimer::singleShot(0, texto_, &QLineEdit::selectAll);
     if (objeto == texto_ && evento->type() == QEvent::FocusOut)
         texto_->setText(q(textoCampoNumerico(*valor_, decimales_)));
     return QWidget::eventFilter(objeto, evento);
