@@ -10,6 +10,7 @@
 #include "qto/EstadoQTO.h"
 #include "scene/ColoresSistema.h"
 #include "scene/Node.h"
+#include "timeline/EstadoTimeline.h"
 #include "viewport/ViewportController.h"
 #include "viewport/markup/EstadoMarkup.h"
 #include "viewport/medicion/EstadoMedicion.h"
@@ -174,6 +175,8 @@ public:
     CotasPorTitulo almacenCotas;       // dimensions by sheet title
     EtiquetasPorTitulo almacenEtiquetas; // labels by sheet title
     TimeLinerConfig timeLiner = TimeLinerConfig::porDefecto();
+    // The timeline window's state; its commands live in timeline/TimeLiner.cpp.
+    EstadoTimeline timeline;
 
     // Quantity takeoff: snapshots waiting for their windows.
     EstadoQTO qto;
@@ -316,6 +319,30 @@ public:
     // The candidates of a search: every element of the analysable disciplines
     // whose box has extent, with its box read now.
     std::vector<NodoBB> candidatosInterferencia() const;
+
+    // Timeline. Opening puts the scrubber on the config's start; closing
+    // puts out the lit elements.
+    void iniciarTimeLiner();
+    void cerrarTimeLiner();
+    void fijarFechaScrubber(const QDateTime& fecha);
+    // r, from 0 to 1, along the config's range.
+    void arrastrarScrubber(double r);
+    void retrocederScrubber();
+    void avanzarScrubber();
+    void fijarAutoAvance(bool activo);
+    void alternarCWA(const std::string& codigo);
+    // Selects a package by id (none clears) and lights its elements, and
+    // for an area or a CWP those of the packages that carry its figures.
+    void seleccionarPaquete(const std::optional<std::string>& id);
+    // The editor works on a copy: a new IWP, or the package of that id.
+    void nuevoPaqueteAWP();
+    void editarPaqueteAWP(const std::string& id);
+    void cancelarEdicionAWP();
+    // Saves the editor's copy under the hierarchy rules; false saves nothing.
+    bool guardarPaqueteAWP(const PaqueteAWP& paquete);
+    void eliminarPaqueteAWP(const std::string& id);
+    // The package of an id in the config, or null.
+    const PaqueteAWP* paqueteAWP(const std::string& id) const;
 
     // Projects and packages.
     ProyectoTESKAL construirProyecto() const;

@@ -59,6 +59,7 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"lineweight", "format-justify-fill-symbolic"},
         {"hand.point.up", "input-mouse-symbolic"},
         {"tablecells", "x-office-spreadsheet-symbolic"},
+        {"calendar.badge.clock", "x-office-calendar"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

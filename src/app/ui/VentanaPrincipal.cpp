@@ -18,6 +18,8 @@
 #include "viewport/markup/ui/PanelMarkup.h"
 #include "viewport/markup/ui/ReporteComentariosView.h"
 #include "qto/ui/QuantityTakeoffView.h"
+#include "timeline/ui/PanelTimeline.h"
+#include "timeline/ui/TimeLinerView.h"
 #include "viewport/ui/BarraVisor.h"
 #include "viewport/ui/LeyendaVisor.h"
 #include "viewport/ui/VisorEscena.h"
@@ -213,6 +215,10 @@ QWidget* VentanaPrincipal::crearBarraLateral() {
     auto* comentarios = new PanelComentarios(cv_, lateral);
     connect(comentarios, &PanelComentarios::reporteSolicitado, this, &VentanaPrincipal::abrirReporteComentarios);
     v->addWidget(comentarios);
+    v->addWidget(tituloSeccion(QStringLiteral("Timeline / Control de Obra"), lateral));
+    auto* timeline = new PanelTimeline(cv_, lateral);
+    connect(timeline, &PanelTimeline::abrirSolicitado, this, &VentanaPrincipal::abrirTimeLiner);
+    v->addWidget(timeline);
     v->addStretch(1);
     desplazable->setWidget(lateral);
     return desplazable;
@@ -590,6 +596,24 @@ void VentanaPrincipal::abrirInformeXOR() {
     generarThumbnailsXOR(cv_.resultadoXOR->elementos, cv_.modeloBase.get(), cv_.modeloNuevo.get(),
                          ventana->thumbnailStore());
     reportWindows_.push_back(std::move(ventana));
+}
+
+void VentanaPrincipal::abrirTimeLiner() {
+    for (const auto& w : timeLinerWindows_)
+        if (w->isVisible()) {
+            w->raise();
+            w->activateWindow();
+            return;
+        }
+    std::erase_if(timeLinerWindows_, [](const auto& w) { return !w->isVisible(); });
+    auto ventana = std::make_unique<TimeLinerView>(cv_);
+    ventana->resize(1200, 720);
+    if (const QScreen* pantalla = screen())
+        ventana->move(pantalla->availableGeometry().center() - ventana->rect().center());
+    ventana->show();
+    ventana->raise();
+    ventana->activateWindow();
+    timeLinerWindows_.push_back(std::move(ventana));
 }
 
 } // namespace teskal

@@ -48,6 +48,10 @@ public:
     // The comment report of a copy of the comments as they stand.
     void abrirReporteComentarios();
     const std::vector<std::unique_ptr<QWidget>>& reportWindows() const { return reportWindows_; }
+    // "Abrir Timeline": one timeline window at a time, brought to the front
+    // when it is open already.
+    void abrirTimeLiner();
+    const std::vector<std::unique_ptr<QWidget>>& timeLinerWindows() const { return timeLinerWindows_; }
 
 protected:
     void closeEvent(QCloseEvent* evento) override;
@@ -112,6 +116,7 @@ private:
     bool cierrePedido_ = false; // the close the workspace allowed is under way
     bool cerrada_ = false;
     std::vector<std::unique_ptr<QWidget>> reportWindows_;
+    std::vector<std::unique_ptr<QWidget>> timeLinerWindows_;
 };
 
 } // namespace teskal

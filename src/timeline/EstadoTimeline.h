@@ -1,0 +1,40 @@
+#pragma once
+
+#include "scene/Node.h"
+#include "timeline/PaqueteAWP.h"
+#include "timeline/ValorGanado.h"
+
+#include <QDateTime>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+// The timeline's share of the workspace: the scrubber date and how progress
+// is read, the open areas of the tree, the selected package and the scene
+// nodes it lights, and the package the editor works on. The packages
+// themselves are the project's TimeLinerConfig (ContentView::timeLiner),
+// which every timeline view reads and only the editor's save changes.
+namespace teskal {
+
+struct EstadoTimeline {
+    // The date the panels read in "Auto %"; the config's start once the
+    // window opens.
+    QDateTime fechaScrubber = QDateTime::currentDateTimeUtc();
+    bool modoAutoAvance = false; // "Auto %"
+    std::set<std::string> expandidosCWA;
+    std::optional<std::string> seleccionado; // id of the selected package
+    // The element nodes lit by the selection, glowing until it changes or
+    // the window closes.
+    std::vector<std::shared_ptr<Node>> nodosDestacados;
+    // The editor's copy: nothing reaches the config until it is saved.
+    std::optional<PaqueteAWP> paqueteEditando;
+
+    ModoAvance modoAvance() const { return {modoAutoAvance, fechaScrubber}; }
+};
+
+// A step of the scrubber: 30 days.
+inline constexpr qint64 pasoScrubberSegundos = 2592000;
+
+} // namespace teskal

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+#include <string>
+
+class QCheckBox;
+class QLabel;
+class QScrollArea;
+class QSlider;
+class QStackedWidget;
+class QVBoxLayout;
+
+namespace teskal {
+
+class ContentView;
+class EditorPaqueteView;
+class GraficoCurvaS;
+class VistaGantt;
+
+// The timeline's windows are dark, as its chart is: the palette and the
+// label colour for a window named by its object name.
+void temaTimeline(QWidget& w);
+
+// The timeline window: the scrubber with its steps and "Auto %", the Gantt of
+// the package tree, and beside it the earned-value panel or the S-curve.
+// Opening puts the scrubber on the plan's start; closing puts out the lit
+// elements.
+class TimeLinerView : public QWidget {
+    Q_OBJECT
+public:
+    explicit TimeLinerView(ContentView& cv, QWidget* parent = nullptr);
+
+    // "Exportar Gantt a PDF": the save panel, then the file.
+    void exportarGanttPDF();
+    // Writes the PDF to this path; a failure goes to the error channel.
+    bool exportarGanttPDFA(const std::string& ruta);
+    // "Ver Ficha AWP": the package's sheet with its rendering.
+    void abrirFichaAWP(const std::string& id);
+
+protected:
+    void showEvent(QShowEvent* evento) override;
+    void closeEvent(QCloseEvent* evento) override;
+
+private:
+    QWidget* crearBarra();
+    QWidget* crearScrubber();
+    void sincronizar();
+    void reconstruirPanelEVM();
+
+    ContentView& cv_;
+    bool iniciada_ = false;
+    QSlider* scrubber_ = nullptr;
+    QLabel* fechaScrubber_ = nullptr;
+    QCheckBox* autoAvance_ = nullptr;
+    QScrollArea* desplazaGantt_ = nullptr;
+    VistaGantt* gantt_ = nullptr;
+    QStackedWidget* lateral_ = nullptr;
+    QVBoxLayout* cajaEVM_ = nullptr;
+    QWidget* contenidoEVM_ = nullptr;
+    GraficoCurvaS* curva_ = nullptr;
+    QPointer<EditorPaqueteView> editor_;
+    int panelModo = 0; // 0 "EVM / Costo", 1 "S-Curve"
+};
+
+} // namespace teskal
