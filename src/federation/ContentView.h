@@ -9,6 +9,7 @@
 #include "persistence/GestorProyecto.h"
 #include "scene/ColoresSistema.h"
 #include "scene/Node.h"
+#include "sections/EstadoSeccion.h"
 #include "viewport/ViewportController.h"
 
 #include <QJsonObject>
@@ -162,10 +163,11 @@ public:
     std::vector<ModeloAusente> modelosAusentes;
     bool mostrarModelosAusentes = false;
 
-    // Records of the sections, comments and timeline subsystems.
-    std::vector<SeccionGuardada> seccionesGuardadas;
-    CotasPorTitulo almacenCotas;       // dimensions by sheet title
-    EtiquetasPorTitulo almacenEtiquetas; // labels by sheet title
+    // 2D sections: the plane of the "Sección" panel, saved sections and the
+    // stores of dimensions and labels by sheet title.
+    EstadoSeccion seccion;
+
+    // Records of the comments and timeline subsystems.
     std::vector<ComentarioMarkup> comentarios;
     TimeLinerConfig timeLiner = TimeLinerConfig::porDefecto();
 
@@ -276,6 +278,24 @@ public:
     // The candidates of a search: every element of the analysable disciplines
     // whose box has extent, with its box read now.
     std::vector<NodoBB> candidatosInterferencia() const;
+
+    // 2D sections (src/sections/ComandosSeccion.cpp).
+    // The slider's ends from the boxes of the visible disciplines along the
+    // axis, with the position clamped to them.
+    void actualizarRangoSeccion();
+    // The plane in the 3D view and the clipping, element by element.
+    void aplicarPlanoSeccion();
+    // The panel's controls.
+    void fijarSeccionActiva(bool activa);
+    void fijarEjeSeccion(int eje);
+    void fijarPosicionSeccion(double posicion);
+    void fijarModoProfundidad(int modo);
+    void fijarProfundidadSeccion(double profundidad);
+    // Cuts the visible disciplines at the plane and leaves the sheet in
+    // `seccion.planoPorAbrir` for the window, or reports that nothing was cut.
+    void abrirPlano2D();
+    // What a sheet keeps when it closes: its dimensions and labels under its title.
+    void guardarEstadoPlano(const std::string& titulo, std::vector<Cota2D> cotas, std::vector<Etiqueta2D> etiquetas);
 
     // Projects and packages.
     ProyectoTESKAL construirProyecto() const;

@@ -46,6 +46,13 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"xmark.circle.fill", "process-stop-symbolic"},
         {"square.and.arrow.up.on.square", "document-send-symbolic"},
         {"printer.fill", "document-print-symbolic"},
+        {"tag", "bookmark-new-symbolic"},
+        {"tag.fill", "bookmark-new-symbolic"},
+        {"tag.circle", "insert-text-symbolic"},
+        {"tag.circle.fill", "insert-text-symbolic"},
+        {"lineweight", "format-justify-fill-symbolic"},
+        {"viewfinder", "zoom-fit-best-symbolic"},
+        {"doc.viewfinder", "document-page-setup-symbolic"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

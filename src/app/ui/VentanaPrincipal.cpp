@@ -13,6 +13,8 @@
 #include "federation/ContentView.h"
 #include "federation/ui/DialogosFederacion.h"
 #include "federation/ui/PanelFederacion.h"
+#include "sections/ui/PanelSeccion.h"
+#include "sections/ui/VentanaHoja.h"
 #include "viewport/ui/BarraVisor.h"
 #include "viewport/ui/LeyendaVisor.h"
 #include "viewport/ui/VisorEscena.h"
@@ -195,6 +197,8 @@ QWidget* VentanaPrincipal::crearBarraLateral() {
         if (indice < cv_.historialAnalisis.size()) abrirReporte(cv_.historialAnalisis[indice]);
     });
     v->addWidget(interferencias);
+    v->addWidget(tituloSeccion(QStringLiteral("Sección"), lateral));
+    v->addWidget(new PanelSeccion(cv_, lateral));
     v->addStretch(1);
     desplazable->setWidget(lateral);
     return desplazable;
@@ -225,6 +229,7 @@ void VentanaPrincipal::sincronizar() {
     }
 
     // Pending fields open their dialogs, once each.
+    if (cv_.seccion.planoPorAbrir) abrirPlano2D();
     if (cv_.showFilePicker && !selector_) abrirSelectorArchivo();
     if (cv_.mostrarNuevaEsp && !dialogoNueva_) {
         dialogoNueva_ = new DialogoNuevaEspecialidad(cv_, this);
@@ -505,6 +510,21 @@ void VentanaPrincipal::abrirEliminarModelo() {
             cv_.cancelarEliminarModelo();
     });
     alertaEliminar_->open();
+}
+
+void VentanaPrincipal::abrirPlano2D() {
+    auto ventana = std::make_unique<VentanaHoja>(std::move(*cv_.seccion.planoPorAbrir));
+    cv_.seccion.planoPorAbrir.reset();
+    // Closing keeps the sheet's dimensions and labels under its title; the
+    // window itself stays in the list.
+    ventana->alGuardar = [this](const std::string& titulo, const std::vector<Cota2D>& cotas,
+                                const std::vector<Etiqueta2D>& etiquetas) {
+        cv_.guardarEstadoPlano(titulo, cotas, etiquetas);
+    };
+    ventana->show();
+    ventana->raise();
+    ventana->activateWindow();
+    vista2DWindows_.push_back(std::move(ventana));
 }
 
 void VentanaPrincipal::abrirReporte(const AnalisisInterferencias& analisis) {

@@ -43,6 +43,8 @@ public:
     // from the two versions; nothing without a comparison.
     void abrirInformeXOR();
     const std::vector<std::unique_ptr<QWidget>>& reportWindows() const { return reportWindows_; }
+    // The sheet windows opened so far, closed ones included.
+    const std::vector<std::unique_ptr<QWidget>>& vista2DWindows() const { return vista2DWindows_; }
 
 protected:
     void closeEvent(QCloseEvent* evento) override;
@@ -57,6 +59,8 @@ private:
     QFileDialog* dialogoArchivo(const QString& titulo, const QString& mensaje, const QString& filtro, bool guardar,
                                 const QString& nombre, std::function<void(const QString&)> alAceptar);
     void abrirPanelesProyecto();
+    // Opens the sheet the workspace cut (`seccion.planoPorAbrir`).
+    void abrirPlano2D();
     void abrirError();
     void abrirEliminarModelo();
     void abrirEliminarAnalisis();
@@ -102,6 +106,7 @@ private:
     bool cierrePedido_ = false; // the close the workspace allowed is under way
     bool cerrada_ = false;
     std::vector<std::unique_ptr<QWidget>> reportWindows_;
+    std::vector<std::unique_ptr<QWidget>> vista2DWindows_;
 };
 
 } // namespace teskal
