@@ -116,14 +116,15 @@ void ContentView::fijarProfundidadSeccion(double profundidad) {
 void ContentView::abrirPlano2D() {
     const double profundidad = profundidadDeModo(seccion.modoProfundidad, seccion.profundidad);
     Plano2D plano;
-    plano.segmentos = extraerSegmentos(especialidades, seccion.eje, seccion.posicion, profundidad);
+    RangosCorte rangos;
+    plano.segmentos = extraerSegmentos(especialidades, seccion.eje, seccion.posicion, profundidad, &rangos);
     if (plano.segmentos.empty()) {
         mostrarError("No se encontraron elementos en el plano de corte. Ajusta la posición de la sección.");
         return;
     }
     plano.titulo = tituloPlano(seccion.eje, seccion.posicion, seccion.modoProfundidad, seccion.profundidad);
     plano.etiquetas =
-        construirEtiquetas(especialidades, seccion.eje, propiedadesIFC, propiedadesPorGlobalId, seccion.posicion);
+        construirEtiquetas(especialidades, seccion.eje, propiedadesIFC, propiedadesPorGlobalId, seccion.posicion, &rangos);
     if (const auto it = seccion.almacenCotas.find(plano.titulo); it != seccion.almacenCotas.end())
         plano.cotas = it->second;
     if (const auto it = seccion.almacenEtiquetas.find(plano.titulo); it != seccion.almacenEtiquetas.end())

@@ -54,9 +54,48 @@ std::string primeraPropiedad(const PropiedadesElemento& props, std::initializer_
 
 } // namespace
 
+RangoEje rangoEje(const Geometry& g, int eje, bool soloTriangulos) {
+    RangoEje r;
+    const auto n = static_cast<std::int64_t>(g.vertices.size());
+    const glm::vec3* v = g.vertices.data();
+    const int c = eje == 0 || eje == 1 ? eje : 2;
+    float mn = std::numeric_limits<float>::infinity(), mx = -std::numeric_limits<float>::infinity();
+    bool nan = false, alguno = false;
+    for (const ElementoGeometria& e : g.elementos) {
+        if (soloTriangulos && e.primitiva != Primitiva::Triangulos) continue;
+        const std::size_t cuenta = soloTriangulos ? e.indices.size() / 3 * 3 : e.indices.size();
+        const std::int32_t* idx = e.indices.data();
+        for (std::size_t k = 0; k < cuenta; ++k) {
+            const std::int32_t i = idx[k];
+            if (i < 0 || i >= n) continue;
+            const float x = v[i][c];
+            // The comparisons of Geometry::boundingBox: a NaN never wins.
+            mn = x < mn ? x : mn;
+            mx = x > mx ? x : mx;
+            nan |= x != x;
+            alguno = true;
+        }
+    }
+    r.minimo = mn;
+    r.maximo = mx;
+    r.conNaN = nan;
+    r.alguno = alguno;
+    return r;
+}
+
 void cortarGeometria(const Geometry& g, int eje, float posicion, std::vector<ParHoja>& salida) {
+    if (g.vertices.empty()) return;
+    cortarGeometria(g, eje, posicion, rangoEje(g, eje, true), salida);
+}
+
+void cortarGeometria(const Geometry& g, int eje, float posicion, const RangoEje& r, std::vector<ParHoja>& salida) {
     const auto n = static_cast<std::int64_t>(g.vertices.size());
     if (n == 0) return;
+    // A geometry whose triangles lie wholly on one side of the plane gives no
+    // line: its range along the axis is read first, and its triangles only
+    // when the plane crosses it. A vertex that is not a number counts as not
+    // above the plane, so it keeps the triangles in play.
+    if (!r.alguno || r.maximo <= posicion || (r.minimo > posicion && !r.conNaN)) return;
     const glm::vec3* v = g.vertices.data();
     for (const ElementoGeometria& e : g.elementos) {
         if (e.primitiva != Primitiva::Triangulos) continue;
@@ -103,8 +142,12 @@ std::string_view nombreElementoDe(const Node& nodo, const Node* nodoRaiz) {
 }
 
 std::vector<Segmento2D> extraerSegmentos(const std::map<std::string, EspecialidadBIM>& especialidades, int eje,
-                                         double posicion, double profundidad) {
+                                         double posicion, double profundidad, RangosCorte* rangos) {
     std::vector<Segmento2D> resultado;
+    if (rangos) {
+        rangos->eje = eje;
+        rangos->porNodo.clear();
+    }
     const float p = static_cast<float>(posicion);
     float limite;
     if (profundidad == 0.0)
@@ -117,6 +160,15 @@ std::vector<Segmento2D> extraerSegmentos(const std::map<std::string, Especialida
     for (const auto& [clave, esp] : especialidades) {
         if (!esp.isVisible || !esp.nodoRaiz) continue;
         const Color color = esp.colorOriginal;
+        // What lies behind the plane, down to the limit, by its box's centre.
+        auto contorno = [&](const Node&, const std::optional<Box>& caja) {
+            if (!caja) return;
+            const float centro = static_cast<float>(static_cast<double>(componenteEje(eje, caja->min)) +
+                                                    static_cast<double>(componenteEje(eje, caja->max))) *
+                                 0.5f;
+            if (centro >= limite && p > centro)
+                for (auto& s : contornoCaja(eje, clave, color, caja->min, caja->max)) resultado.push_back(std::move(s));
+        };
         recorrerGeometrias(*esp.nodoRaiz, [&](const Node& n, const Node* elemento) {
             const Geometry& g = *n.geometry();
             std::optional<Box> caja;
@@ -125,22 +177,24 @@ std::vector<Segmento2D> extraerSegmentos(const std::map<std::string, Especialida
             // crosses it: the triangles are not read (the lines are the same).
             const bool cruza = !caja || caja->vacia ||
                                (componenteEje(eje, caja->min) <= p && componenteEje(eje, caja->max) > p);
+            // One read of the vertices gives the range of all index lists
+            // (kept for the labels) and, as a rule, that of the triangles.
+            if (!cruza && !rangos) return contorno(n, caja);
+            const RangoEje todos = rangoEje(g, eje, false);
+            if (rangos) rangos->porNodo.push_back(todos);
             if (cruza) {
                 pares.clear();
-                cortarGeometria(g, eje, p, pares);
+                const bool soloTriangulos = std::all_of(g.elementos.begin(), g.elementos.end(), [](const auto& e) {
+                    return e.primitiva == Primitiva::Triangulos && e.indices.size() % 3 == 0;
+                });
+                cortarGeometria(g, eje, p, soloTriangulos ? todos : rangoEje(g, eje, true), pares);
                 if (!pares.empty()) {
-                    const std::string& nombre = elemento ? *elemento->name() : std::string();
+                    static const std::string sinNombre;
+                    const std::string& nombre = elemento ? *elemento->name() : sinNombre;
                     for (const auto& [a, b] : pares) resultado.push_back(Segmento2D{a, b, clave, color, true, nombre});
                 }
             }
-            if (caja) {
-                const float centro =
-                    static_cast<float>(static_cast<double>(componenteEje(eje, caja->min)) +
-                                       static_cast<double>(componenteEje(eje, caja->max))) *
-                    0.5f;
-                if (centro >= limite && p > centro)
-                    for (auto& s : contornoCaja(eje, clave, color, caja->min, caja->max)) resultado.push_back(std::move(s));
-            }
+            contorno(n, caja);
         });
     }
     return resultado;
@@ -226,11 +280,12 @@ void colocarTextosEtiquetas(std::vector<Etiqueta2D>& etiquetas) {
 std::vector<Etiqueta2D> construirEtiquetas(const std::map<std::string, EspecialidadBIM>& especialidades, int eje,
                                            const PropiedadesPorEspecialidad& propiedadesIFC,
                                            const PropiedadesPorEspecialidad& propiedadesPorGlobalId,
-                                           double posicion) {
+                                           double posicion, const RangosCorte* rangos) {
     std::vector<Etiqueta2D> resultado;
     const float p = static_cast<float>(posicion);
     static const PropiedadesModelo sinPropiedades;
     static const PropiedadesElemento vacias;
+    std::size_t visitados = 0; // geometry nodes, in the order of the extraction's walk
     for (const auto& [clave, esp] : especialidades) {
         if (!esp.isVisible || !esp.nodoRaiz) continue;
         const auto itNombre = propiedadesIFC.find(clave);
@@ -238,10 +293,19 @@ std::vector<Etiqueta2D> construirEtiquetas(const std::map<std::string, Especiali
         const auto itId = propiedadesPorGlobalId.find(clave);
         const PropiedadesModelo& porId = itId != propiedadesPorGlobalId.end() ? itId->second : sinPropiedades;
         std::unordered_set<std::string_view> vistos; // per discipline
-        recorrerGeometrias(*esp.nodoRaiz, [&](const Node&, const Node* elemento) {
+        recorrerGeometrias(*esp.nodoRaiz, [&](const Node& n, const Node* elemento) {
+            const std::size_t k = visitados++;
             if (!elemento) return;
             const std::string& nombre = *elemento->name();
             if (!vistos.insert(nombre).second) return;
+            // Most elements lie off the plane: for an element node without
+            // children its range along the axis is enough to leave it out.
+            // Its box would read (0, 0, 0) if empty, so 0 is never left out here.
+            if (elemento->childNodes().empty() && elemento->geometry() && p != 0.0f) {
+                const bool leido = rangos && rangos->eje == eje && elemento == &n && k < rangos->porNodo.size();
+                const RangoEje r = leido ? rangos->porNodo[k] : rangoEje(*elemento->geometry(), eje, false);
+                if (!(r.alguno && p >= r.minimo && p <= r.maximo)) return;
+            }
             const Box caja = elemento->boundingBox();
             if (!(p >= componenteEje(eje, caja.min) && p <= componenteEje(eje, caja.max))) return;
             Etiqueta2D e;

@@ -75,9 +75,30 @@ inline std::optional<ParHoja> intersectarTriangulo(int eje, const glm::vec3& a, 
     return ParHoja{puntos[0], puntos[1]};
 }
 
+// The range along the axis of the vertices that a geometry's index lists
+// reach (its triangle lists alone, or all), compared as its box is; whether
+// any of them is not a number, and whether there was any.
+struct RangoEje {
+    float minimo = 0, maximo = 0;
+    bool conNaN = false;
+    bool alguno = false;
+};
+RangoEje rangoEje(const Geometry& g, int eje, bool soloTriangulos);
+
+// The ranges along the axis (all index lists) of the geometry nodes that one
+// extraction walked, in the walk's order: the labels of the same cut read
+// them instead of the vertices again.
+struct RangosCorte {
+    int eje = -1;
+    std::vector<RangoEje> porNodo;
+};
+
 // The cut lines of a geometry's triangle lists, appended to `salida`; line
 // lists and triangles with an index out of range give nothing.
 void cortarGeometria(const Geometry& g, int eje, float posicion, std::vector<ParHoja>& salida);
+// The same with the range of its triangle lists already read.
+void cortarGeometria(const Geometry& g, int eje, float posicion, const RangoEje& triangulos,
+                     std::vector<ParHoja>& salida);
 std::vector<ParHoja> cortarGeometria(const Geometry& g, int eje, float posicion);
 
 // The outline of a box on the sheet: c0 c1, c1 c2, c2 c3, c3 c0, seen lines.
@@ -88,7 +109,7 @@ std::array<Segmento2D, 4> contornoCaja(int eje, const std::string& key, const Co
 // box outlines of the nodes whose box centre lies between the limit
 // (position - depth; no limit for an infinite depth) and the plane.
 std::vector<Segmento2D> extraerSegmentos(const std::map<std::string, EspecialidadBIM>& especialidades, int eje,
-                                         double posicion, double profundidad);
+                                         double posicion, double profundidad, RangosCorte* rangos = nullptr);
 
 // The element's name for a geometry node: the nearest node, going up from the
 // node itself, with a non-empty name that is not the discipline's root.
@@ -105,7 +126,7 @@ std::string tipoIFCLegible(const std::string& tipo);
 std::vector<Etiqueta2D> construirEtiquetas(const std::map<std::string, EspecialidadBIM>& especialidades, int eje,
                                            const PropiedadesPorEspecialidad& propiedadesIFC,
                                            const PropiedadesPorEspecialidad& propiedadesPorGlobalId,
-                                           double posicion);
+                                           double posicion, const RangosCorte* rangos = nullptr);
 // The text columns: 4 m to the left and 1.5 m to the right of each anchor,
 // split at the mean anchor x, stepped by 1.5 m from the highest anchor.
 void colocarTextosEtiquetas(std::vector<Etiqueta2D>& etiquetas);
