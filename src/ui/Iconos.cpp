@@ -53,6 +53,7 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"lineweight", "format-justify-fill-symbolic"},
         {"viewfinder", "zoom-fit-best-symbolic"},
         {"doc.viewfinder", "document-page-setup-symbolic"},
+        {"square.and.arrow.up", "document-save-as-symbolic"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

@@ -1,12 +1,16 @@
 #include "sections/ui/VentanaHoja.h"
 
 #include "federation/Formato.h"
+#include "sections/DXF.h"
 #include "sections/ui/DibujoHoja.h"
 #include "ui/Iconos.h"
 #include "ui/TextoQt.h"
 
 #include <QCloseEvent>
+#include <QFileDialog>
 #include <QFrame>
+#include <QMessageBox>
+#include <QSaveFile>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -136,6 +140,9 @@ VentanaHoja::VentanaHoja(Plano2D plano, QWidget* parent) : QWidget(parent, Qt::W
     auto* encuadrar = boton("botonEncuadrar", {}, "viewfinder",
                             QStringLiteral("Encuadrar todo (también: doble clic en el lienzo)"), false);
     b->addStretch(1);
+    auto* dxf = boton("botonDXF", QStringLiteral("DXF"), "square.and.arrow.up",
+                      QStringLiteral("Exportar DXF compatible con AutoCAD / Revit"), false);
+    connect(dxf, &QToolButton::clicked, this, &VentanaHoja::exportarDXF);
     v->addWidget(barra);
 
     vista_ = new VistaHoja(this);
@@ -237,6 +244,42 @@ void VentanaHoja::actualizarVista() {
     etiquetar_->setIcon(iconoSimbolo(h.modoEtiquetar ? "tag.circle.fill" : "tag.circle"));
     cota_->setText(h.modoCota ? QStringLiteral("Midiendo…") : QStringLiteral("Cota"));
     vista_->update();
+}
+
+QString VentanaHoja::nombreArchivo() const {
+    QString nombre = q(titulo_);
+    nombre.replace(QLatin1Char('/'), QLatin1Char('-'));
+    nombre.remove(QLatin1Char(':'));
+    nombre.replace(QLatin1Char(' '), QLatin1Char('_'));
+    return nombre;
+}
+
+void VentanaHoja::exportarDXF() {
+    QFileDialog panel(this, QStringLiteral("Exportar plano DXF"));
+    panel.setObjectName(QStringLiteral("panelDXF"));
+    panel.setAcceptMode(QFileDialog::AcceptSave);
+    panel.setNameFilter(QStringLiteral("DXF (*.dxf)"));
+    panel.setDefaultSuffix(QStringLiteral("dxf"));
+    panel.selectFile(nombreArchivo() + QStringLiteral(".dxf"));
+    if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty()) return;
+    escribirDXF(panel.selectedFiles().first());
+}
+
+bool VentanaHoja::escribirDXF(const QString& ruta) {
+    const EstadoHoja& h = vista_->hoja;
+    const std::string texto = generarDXF(h.segmentos, h.etiquetas, h.cotas);
+    // Written whole or not at all: a failed write leaves no partial file.
+    QSaveFile archivo(ruta);
+    if (archivo.open(QIODevice::WriteOnly) &&
+        archivo.write(texto.data(), static_cast<qint64>(texto.size())) == static_cast<qint64>(texto.size()) &&
+        archivo.commit())
+        return true;
+    QMessageBox alerta(QMessageBox::Critical, QStringLiteral("Error"), QStringLiteral("Error al exportar DXF"),
+                       QMessageBox::Ok, this);
+    alerta.setObjectName(QStringLiteral("alertaDXF"));
+    alerta.setInformativeText(archivo.errorString());
+    alerta.exec();
+    return false;
 }
 
 void VentanaHoja::actualizarEstado() {

@@ -50,6 +50,13 @@ public:
     VistaHoja* vista() const { return vista_; }
     // Runs when the window closes, with the sheet's current lists.
     std::function<void(const std::string&, const std::vector<Cota2D>&, const std::vector<Etiqueta2D>&)> alGuardar;
+    // "DXF": the save panel, then the file of the sheet as it stands.
+    void exportarDXF();
+    // Writes the sheet's DXF to the file atomically; a failure shows the
+    // alert "Error al exportar DXF" and returns false.
+    bool escribirDXF(const QString& ruta);
+    // The sheet's title as a file name: "/" to "-", no ":", blanks to "_".
+    QString nombreArchivo() const;
 
 protected:
     void closeEvent(QCloseEvent* e) override;
