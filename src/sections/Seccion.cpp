@@ -54,27 +54,49 @@ std::string primeraPropiedad(const PropiedadesElemento& props, std::initializer_
 
 } // namespace
 
+namespace {
+
+// One component of the vertices an index list reaches: its least and
+// greatest value (a NaN never wins, as in Geometry::boundingBox) and whether
+// any was a NaN. Indices out of range are passed over.
+template <int C>
+void rangoIndices(const glm::vec3* v, std::uint32_t n, const std::int32_t* idx, std::size_t cuenta, float& mn,
+                  float& mx, bool& nan, bool& alguno) {
+    float a = mn, b = mx;
+    bool hayNaN = false, hay = false;
+    for (std::size_t k = 0; k < cuenta; ++k) {
+        const auto i = static_cast<std::uint32_t>(idx[k]);
+        if (i >= n) continue; // negative indices wrap above n
+        const float x = v[i][C];
+        a = x < a ? x : a;
+        b = x > b ? x : b;
+        hayNaN |= x != x;
+        hay = true;
+    }
+    mn = a;
+    mx = b;
+    nan |= hayNaN;
+    alguno |= hay;
+}
+
+} // namespace
+
 RangoEje rangoEje(const Geometry& g, int eje, bool soloTriangulos) {
     RangoEje r;
-    const auto n = static_cast<std::int64_t>(g.vertices.size());
+    const auto n = static_cast<std::uint32_t>(std::min<std::size_t>(g.vertices.size(), 0x7fffffffu));
     const glm::vec3* v = g.vertices.data();
-    const int c = eje == 0 || eje == 1 ? eje : 2;
     float mn = std::numeric_limits<float>::infinity(), mx = -std::numeric_limits<float>::infinity();
     bool nan = false, alguno = false;
     for (const ElementoGeometria& e : g.elementos) {
         if (soloTriangulos && e.primitiva != Primitiva::Triangulos) continue;
         const std::size_t cuenta = soloTriangulos ? e.indices.size() / 3 * 3 : e.indices.size();
         const std::int32_t* idx = e.indices.data();
-        for (std::size_t k = 0; k < cuenta; ++k) {
-            const std::int32_t i = idx[k];
-            if (i < 0 || i >= n) continue;
-            const float x = v[i][c];
-            // The comparisons of Geometry::boundingBox: a NaN never wins.
-            mn = x < mn ? x : mn;
-            mx = x > mx ? x : mx;
-            nan |= x != x;
-            alguno = true;
-        }
+        if (eje == 0)
+            rangoIndices<0>(v, n, idx, cuenta, mn, mx, nan, alguno);
+        else if (eje == 1)
+            rangoIndices<1>(v, n, idx, cuenta, mn, mx, nan, alguno);
+        else
+            rangoIndices<2>(v, n, idx, cuenta, mn, mx, nan, alguno);
     }
     r.minimo = mn;
     r.maximo = mx;
