@@ -296,6 +296,13 @@ public:
     void abrirPlano2D();
     // What a sheet keeps when it closes: its dimensions and labels under its title.
     void guardarEstadoPlano(const std::string& titulo, std::vector<Cota2D> cotas, std::vector<Etiqueta2D> etiquetas);
+    // Saved sections: the plane of the panel under a name ("Sección N" for a
+    // blank one), restored by one click, deleted behind the alert.
+    void guardarSeccion(const std::string& nombre);
+    void restaurarSeccion(const SeccionGuardada& guardada);
+    void pedirEliminarSeccion(const std::string& id);
+    void eliminarSeccion();
+    void cancelarEliminarSeccion();
 
     // Projects and packages.
     ProyectoTESKAL construirProyecto() const;

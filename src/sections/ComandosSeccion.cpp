@@ -2,6 +2,10 @@
 // the plane and the clipping in the 3D view, and the opening of a sheet.
 #include "federation/ContentView.h"
 
+#include "federation/TextoUTF8.h"
+
+#include <QUuid>
+#include <algorithm>
 #include <glm/gtc/constants.hpp>
 #include <limits>
 
@@ -151,6 +155,50 @@ void ContentView::guardarEstadoPlano(const std::string& titulo, std::vector<Cota
     seccion.almacenCotas[titulo] = std::move(cotas);
     seccion.almacenEtiquetas[titulo] = std::move(etiquetas);
     if (cambia) marcarCambio();
+    emit changed();
+}
+
+void ContentView::guardarSeccion(const std::string& nombre) {
+    std::string n(recortarBlancos(nombre));
+    const std::string cuenta = std::to_string(seccion.guardadas.size() + 1);
+    if (n.empty()) n = "Sección " + cuenta;
+    // Once: the name made here is not tested again.
+    if (std::any_of(seccion.guardadas.begin(), seccion.guardadas.end(),
+                    [&](const SeccionGuardada& s) { return s.nombre == n; }))
+        n += " " + cuenta;
+    seccion.guardadas.push_back({QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString(), n,
+                                 seccion.eje, seccion.posicion});
+    marcarCambio();
+    emit changed();
+}
+
+void ContentView::restaurarSeccion(const SeccionGuardada& guardada) {
+    // The depth mode is the panel's: the title, and with it the stored
+    // dimensions and labels, follow the current mode.
+    seccion.eje = guardada.eje;
+    seccion.posicion = guardada.posicion;
+    actualizarRangoSeccion();
+    aplicarPlanoSeccion();
+    abrirPlano2D();
+    emit changed();
+}
+
+void ContentView::pedirEliminarSeccion(const std::string& id) {
+    seccion.pendienteEliminar = id;
+    emit changed();
+}
+
+void ContentView::eliminarSeccion() {
+    if (seccion.pendienteEliminar) {
+        const std::string id = *seccion.pendienteEliminar;
+        if (std::erase_if(seccion.guardadas, [&](const SeccionGuardada& s) { return s.id == id; }) > 0) marcarCambio();
+    }
+    seccion.pendienteEliminar.reset();
+    emit changed();
+}
+
+void ContentView::cancelarEliminarSeccion() {
+    seccion.pendienteEliminar.reset();
     emit changed();
 }
 

@@ -24,6 +24,7 @@ struct EstadoSeccion {
     std::shared_ptr<Node> nodoPlanVisual; // the translucent plane in the scene
 
     std::vector<SeccionGuardada> guardadas;
+    std::optional<std::string> pendienteEliminar; // the id the alert "Eliminar sección" asks about
     CotasPorTitulo almacenCotas;         // what a sheet restores on opening and keeps on closing
     EtiquetasPorTitulo almacenEtiquetas;
 

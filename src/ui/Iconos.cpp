@@ -54,6 +54,10 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"viewfinder", "zoom-fit-best-symbolic"},
         {"doc.viewfinder", "document-page-setup-symbolic"},
         {"square.and.arrow.up", "document-save-as-symbolic"},
+        {"doc.richtext", "x-office-document-symbolic"},
+        {"bookmark", "bookmark-new-symbolic"},
+        {"bookmark.fill", "user-bookmarks-symbolic"},
+        {"arrow.uturn.left.circle", "edit-undo-symbolic"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

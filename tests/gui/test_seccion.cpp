@@ -8,12 +8,18 @@
 #include "federation/CentroNotificaciones.h"
 #include "federation/ContentView.h"
 #include "federation/ConversionIFC.h"
+#include "federation/Formato.h"
 #include "sections/ui/VentanaHoja.h"
+#include "ui/TextoQt.h"
 #include "viewport/ui/VisorEscena.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QPushButton>
 #include <QToolButton>
 #include <QtTest>
@@ -136,6 +142,58 @@ private slots:
             }
         QVERIFY2(azul, "la línea de cota no está en su azul");
 
+
+        // The DXF of the sheet, read back and audited by ezdxf: one entity
+        // per line, six per visible label, ten per dimension.
+        QTemporaryDir dir;
+        const QString captura = QString::fromLocal8Bit(qgetenv("TESKAL_CAPTURA_SECCION"));
+        const QString dxf = dir.filePath(QStringLiteral("plano.dxf"));
+        QVERIFY(hoja->escribirDXF(dxf));
+        QProcess lector;
+        QStringList argumentos{QStringLiteral(TESKAL_TESTS_DIR "/sections/leer_dxf.py"), dxf};
+        if (!captura.isEmpty()) argumentos << QString(captura).replace(QStringLiteral(".png"), QStringLiteral("_dxf.png"));
+        lector.start(QStringLiteral("/usr/bin/python3"), argumentos);
+        QVERIFY(lector.waitForFinished(300000));
+        if (lector.exitCode() == 3) {
+            qWarning("sin ezdxf (python3-ezdxf): el DXF no se audita");
+        } else {
+            QCOMPARE(lector.exitCode(), 0);
+            const QJsonObject r = QJsonDocument::fromJson(lector.readAllStandardOutput()).object();
+            QCOMPARE(r["errores"].toInt(), 0);
+            const QJsonObject capas = r["capas"].toObject();
+            QCOMPARE(capas["ARQ"].toInt(), int(h.segmentos.size()));
+            QCOMPARE(capas["ETIQUETAS"].toInt(), 6 * visibles);
+            QCOMPARE(capas["COTAS"].toInt(), 10);
+        }
+
+        // The PDF: one page of the view's size, with the label and dimension texts.
+        const QString pdf = dir.filePath(QStringLiteral("plano.pdf"));
+        QVERIFY(hoja->escribirPDF(pdf));
+        QProcess info;
+        info.start(QStringLiteral("pdfinfo"), {pdf});
+        QVERIFY(info.waitForFinished(60000));
+        const QString textoInfo = QString::fromUtf8(info.readAllStandardOutput());
+        QVERIFY2(textoInfo.contains(QStringLiteral("Page size:       %1 x %2 pts").arg(vista->width()).arg(vista->height())),
+                 qPrintable(textoInfo));
+        bool unaPagina = false;
+        for (const QString& l : textoInfo.split(QLatin1Char('\n')))
+            if (l.startsWith(QStringLiteral("Pages:"))) unaPagina = l.mid(6).trimmed() == QStringLiteral("1");
+        QVERIFY(unaPagina);
+        QProcess texto;
+        texto.start(QStringLiteral("pdftotext"), {pdf, QStringLiteral("-")});
+        QVERIFY(texto.waitForFinished(60000));
+        const QString textos = QString::fromUtf8(texto.readAllStandardOutput());
+        QVERIFY2(textos.contains(q(formato("%.2f m", double(glm::length(h.cotas[0].p2 - h.cotas[0].p1))))),
+                 qPrintable(textos));
+        for (const auto& e : h.etiquetas)
+            if (e.visible) QVERIFY2(textos.contains(q(lineasEtiqueta(e)[0].texto)), qPrintable(textos));
+        if (!captura.isEmpty()) {
+            QProcess png;
+            png.start(QStringLiteral("pdftoppm"),
+                      {QStringLiteral("-png"), QStringLiteral("-singlefile"), pdf,
+                       QString(captura).replace(QStringLiteral(".png"), QStringLiteral("_pdf"))});
+            QVERIFY(png.waitForFinished(60000));
+        }
 
         // Closing keeps the dimension and the labels under the title.
         hoja->close();

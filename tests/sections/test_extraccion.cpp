@@ -449,3 +449,47 @@ TEST_P(MuestraSeccion, murosCortadosDondeDiceSuGeometria) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Muestras, MuestraSeccion, testing::Values("duplex.ifc", "AC20-FZK-Haus.ifc"));
+
+TEST(SeccionesGuardadas, nombresRestauracionYBorrado) {
+    ContentView cv("/no/existe");
+    modeloEn(cv, "ARQ")->addChildNode(elementoCaja("Muro", {0, 0, 0}, {4, 0.2f, 3}));
+    cv.seccion.eje = 1;
+    cv.seccion.posicion = 0.1;
+    const auto nombres = [&] {
+        std::vector<std::string> n;
+        for (const auto& s : cv.seccion.guardadas) n.push_back(s.nombre);
+        return n;
+    };
+    const auto cambios = cv.cambios;
+    cv.guardarSeccion("  ");
+    cv.guardarSeccion("");
+    EXPECT_EQ(nombres(), (std::vector<std::string>{"Sección 1", "Sección 2"}));
+    EXPECT_GT(cv.cambios, cambios);
+    // "Cancelar" keeps the entry; "Eliminar" removes it.
+    cv.pedirEliminarSeccion(cv.seccion.guardadas[0].id);
+    cv.cancelarEliminarSeccion();
+    EXPECT_EQ(cv.seccion.guardadas.size(), 2u);
+    cv.pedirEliminarSeccion(cv.seccion.guardadas[0].id);
+    EXPECT_TRUE(cv.seccion.pendienteEliminar);
+    cv.eliminarSeccion();
+    EXPECT_FALSE(cv.seccion.pendienteEliminar);
+    // The next blank name is "Sección 2" again, taken: it becomes "Sección 2 2".
+    cv.guardarSeccion("");
+    cv.guardarSeccion(" Fachada ");
+    EXPECT_EQ(nombres(), (std::vector<std::string>{"Sección 2", "Sección 2 2", "Fachada"}));
+    EXPECT_EQ(cv.seccion.guardadas[2].eje, 1);
+    EXPECT_EQ(cv.seccion.guardadas[2].posicion, 0.1);
+
+    // Restoring sets the panel's plane and opens the sheet with what its
+    // title kept; the switch is not touched.
+    const SeccionGuardada planta{"5E0C6A1B-0000-4000-8000-000000000001", "Planta", 2, 1.0};
+    const std::string titulo = tituloPlano(2, 1.0, 0, 1.0);
+    cv.seccion.almacenCotas[titulo] = {{"C0DE0000-0000-4000-8000-000000000001", {0, 0}, {4, 0}, 0.6f}};
+    cv.restaurarSeccion(planta);
+    EXPECT_EQ(cv.seccion.eje, 2);
+    EXPECT_EQ(cv.seccion.posicion, 1.0);
+    EXPECT_FALSE(cv.seccion.activa);
+    ASSERT_TRUE(cv.seccion.planoPorAbrir);
+    EXPECT_EQ(cv.seccion.planoPorAbrir->titulo, titulo);
+    EXPECT_EQ(cv.seccion.planoPorAbrir->cotas.size(), 1u);
+}

@@ -230,6 +230,16 @@ void VentanaPrincipal::sincronizar() {
 
     // Pending fields open their dialogs, once each.
     if (cv_.seccion.planoPorAbrir) abrirPlano2D();
+    if (cv_.seccion.pendienteEliminar && !alertaEliminarSeccion_) {
+        QString nombre;
+        for (const auto& s : cv_.seccion.guardadas)
+            if (s.id == *cv_.seccion.pendienteEliminar) nombre = QString::fromStdString(s.nombre);
+        alertaEliminarSeccion_ = abrirConfirmacion(
+            QStringLiteral("Eliminar sección"),
+            QStringLiteral("¿Eliminar la sección \"") + nombre + QStringLiteral("\"? Esta acción no se puede deshacer."),
+            QStringLiteral("Eliminar"), true, QStringLiteral("alertaEliminarSeccion"), [this] { cv_.eliminarSeccion(); },
+            [this] { cv_.cancelarEliminarSeccion(); });
+    }
     if (cv_.showFilePicker && !selector_) abrirSelectorArchivo();
     if (cv_.mostrarNuevaEsp && !dialogoNueva_) {
         dialogoNueva_ = new DialogoNuevaEspecialidad(cv_, this);
@@ -521,6 +531,7 @@ void VentanaPrincipal::abrirPlano2D() {
                                 const std::vector<Etiqueta2D>& etiquetas) {
         cv_.guardarEstadoPlano(titulo, cotas, etiquetas);
     };
+    ventana->alGuardarSeccion = [this](const std::string& nombre) { cv_.guardarSeccion(nombre); };
     ventana->show();
     ventana->raise();
     ventana->activateWindow();

@@ -91,6 +91,7 @@ private:
     QPointer<QMessageBox> alertaError_;
     QPointer<QMessageBox> alertaEliminar_;
     QPointer<QMessageBox> alertaEliminarAnalisis_;
+    QPointer<QMessageBox> alertaEliminarSeccion_;
     QPointer<QMessageBox> alertaLimpiarXOR_;
     QPointer<QMessageBox> alertaCargarXOR_;
     QPointer<DialogoConfigAnalisis> dialogoAnalisis_;

@@ -3,6 +3,7 @@
 #include "federation/ContentView.h"
 #include "federation/Formato.h"
 #include "ui/Iconos.h"
+#include "ui/ReconstruccionDiferida.h"
 #include "ui/TextoQt.h"
 
 #include <QButtonGroup>
@@ -97,13 +98,49 @@ PanelSeccion::PanelSeccion(ContentView& cv, QWidget* parent) : QWidget(parent), 
     c->addWidget(plano);
     connect(plano, &QPushButton::clicked, this, [this] { cv_.abrirPlano2D(); });
     v->addWidget(controles_);
+    cajaGuardadas_ = new QVBoxLayout();
+    cajaGuardadas_->setContentsMargins(0, 4, 0, 0);
+    v->addLayout(cajaGuardadas_);
 
     connect(&cv_, &ContentView::changed, this, &PanelSeccion::sincronizar);
+    reconstruirTrasCambios(cv_, this, [this] { reconstruirGuardadas(); });
     sincronizar();
+    reconstruirGuardadas();
 }
 
 double PanelSeccion::posicionDePaso(int paso) const {
     return std::min(cv_.seccion.rangoMin + paso * 0.1, cv_.seccion.rangoMax);
+}
+
+void PanelSeccion::reconstruirGuardadas() {
+    QVBoxLayout* filas = contenidoNuevo(cajaGuardadas_, guardadas_, this);
+    guardadas_->setObjectName(QStringLiteral("seccionesGuardadas"));
+    for (const SeccionGuardada& s : cv_.seccion.guardadas) {
+        auto* fila = new QWidget(guardadas_);
+        auto* h = new QHBoxLayout(fila);
+        h->setContentsMargins(0, 0, 0, 0);
+        auto* icono = new QLabel(fila);
+        icono->setPixmap(iconoSimbolo("bookmark.fill").pixmap(14, 14));
+        h->addWidget(icono);
+        auto* nombre = new QLabel(q(s.nombre), fila);
+        nombre->setObjectName(QStringLiteral("nombreSeccion"));
+        h->addWidget(nombre, 1);
+        auto* restaurar = new QToolButton(fila);
+        restaurar->setObjectName(QStringLiteral("restaurarSeccion"));
+        restaurar->setIcon(iconoSimbolo("arrow.uturn.left.circle"));
+        restaurar->setToolTip(QStringLiteral("Restaurar y abrir plano 2D"));
+        const SeccionGuardada copia = s;
+        connect(restaurar, &QToolButton::clicked, this, [this, copia] { cv_.restaurarSeccion(copia); });
+        h->addWidget(restaurar);
+        auto* eliminar = new QToolButton(fila);
+        eliminar->setObjectName(QStringLiteral("eliminarSeccion"));
+        eliminar->setIcon(iconoSimbolo("trash"));
+        eliminar->setToolTip(QStringLiteral("Eliminar sección guardada"));
+        const std::string id = s.id;
+        connect(eliminar, &QToolButton::clicked, this, [this, id] { cv_.pedirEliminarSeccion(id); });
+        h->addWidget(eliminar);
+        filas->addWidget(fila);
+    }
 }
 
 void PanelSeccion::sincronizar() {

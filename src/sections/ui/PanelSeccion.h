@@ -9,6 +9,7 @@ class QPushButton;
 class QSlider;
 class QSpinBox;
 class QButtonGroup;
+class QVBoxLayout;
 
 namespace teskal {
 
@@ -38,6 +39,10 @@ private:
     QComboBox* modo_ = nullptr;
     QWidget* filaProfundidad_ = nullptr;
     QSpinBox* profundidad_ = nullptr;
+    // The saved sections, one row each, rebuilt after the workspace changes.
+    QVBoxLayout* cajaGuardadas_ = nullptr;
+    QWidget* guardadas_ = nullptr;
+    void reconstruirGuardadas();
 };
 
 } // namespace teskal

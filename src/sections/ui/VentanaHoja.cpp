@@ -7,7 +7,12 @@
 #include "ui/TextoQt.h"
 
 #include <QCloseEvent>
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QLineEdit>
+#include <QPageSize>
+#include <QPdfWriter>
 #include <QFrame>
 #include <QMessageBox>
 #include <QSaveFile>
@@ -143,6 +148,12 @@ VentanaHoja::VentanaHoja(Plano2D plano, QWidget* parent) : QWidget(parent, Qt::W
     auto* dxf = boton("botonDXF", QStringLiteral("DXF"), "square.and.arrow.up",
                       QStringLiteral("Exportar DXF compatible con AutoCAD / Revit"), false);
     connect(dxf, &QToolButton::clicked, this, &VentanaHoja::exportarDXF);
+    auto* pdf = boton("botonPDF", QStringLiteral("PDF"), "doc.richtext",
+                      QStringLiteral("Exportar PDF de la vista 2D actual"), false);
+    connect(pdf, &QToolButton::clicked, this, &VentanaHoja::exportarPDF);
+    guardar_ = boton("botonGuardar", QStringLiteral("Guardar"), "bookmark",
+                     QStringLiteral("Guardar sección en el panel lateral"), false);
+    connect(guardar_, &QToolButton::clicked, this, &VentanaHoja::guardar);
     v->addWidget(barra);
 
     vista_ = new VistaHoja(this);
@@ -265,6 +276,86 @@ void VentanaHoja::exportarDXF() {
     escribirDXF(panel.selectedFiles().first());
 }
 
+void VentanaHoja::alertaError(const QString& texto, const QString& detalle) {
+    QMessageBox alerta(QMessageBox::Critical, QStringLiteral("Error"), texto, QMessageBox::Ok, this);
+    alerta.setObjectName(QStringLiteral("alertaExportar"));
+    alerta.setInformativeText(detalle);
+    alerta.exec();
+}
+
+void VentanaHoja::exportarPDF() {
+    QFileDialog panel(this, QStringLiteral("Exportar sección como PDF"));
+    panel.setObjectName(QStringLiteral("panelPDF"));
+    panel.setAcceptMode(QFileDialog::AcceptSave);
+    panel.setNameFilter(QStringLiteral("PDF (*.pdf)"));
+    panel.setDefaultSuffix(QStringLiteral("pdf"));
+    panel.selectFile(nombreArchivo() + QStringLiteral(".pdf"));
+    if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty()) return;
+    escribirPDF(panel.selectedFiles().first());
+}
+
+bool VentanaHoja::escribirPDF(const QString& ruta) {
+    // The page is the view at this moment, one point per pixel; the drawing
+    // is replayed into it, so lines and texts stay vectors.
+    EstadoHoja hoja = vista_->hoja;
+    hoja.ancho = vista_->width();
+    hoja.alto = vista_->height();
+    QSaveFile archivo(ruta);
+    if (archivo.open(QIODevice::WriteOnly)) {
+        {
+            QPdfWriter pdf(&archivo);
+            pdf.setCreator(QStringLiteral("VORNEL"));
+            pdf.setTitle(q(titulo_));
+            pdf.setResolution(72);
+            pdf.setPageMargins(QMarginsF(0, 0, 0, 0));
+            pdf.setPageSize(QPageSize(QSizeF(hoja.ancho, hoja.alto), QPageSize::Point, QString(),
+                                      QPageSize::ExactMatch));
+            QPainter p(&pdf);
+            dibujarHoja(p, hoja);
+        }
+        if (archivo.commit()) return true;
+    }
+    alertaError(QStringLiteral("Error al exportar PDF"), archivo.errorString());
+    return false;
+}
+
+void VentanaHoja::guardar() {
+    if (alGuardar) alGuardar(titulo_, vista_->hoja.cotas, vista_->hoja.etiquetas);
+    QDialog dialogo(this);
+    dialogo.setObjectName(QStringLiteral("dialogoGuardarSeccion"));
+    dialogo.setWindowTitle(QStringLiteral("Guardar sección"));
+    auto* v = new QVBoxLayout(&dialogo);
+    v->addWidget(new QLabel(QStringLiteral("Nombre de la sección"), &dialogo));
+    auto* campo = new QLineEdit(q(titulo_), &dialogo);
+    campo->setObjectName(QStringLiteral("nombreSeccion"));
+    campo->selectAll();
+    v->addWidget(campo);
+    auto* nota = new QLabel(QStringLiteral("Asigna un nombre para identificar esta sección en el panel lateral."), &dialogo);
+    nota->setStyleSheet(QStringLiteral("color: gray;"));
+    v->addWidget(nota);
+    auto* botones = new QDialogButtonBox(&dialogo);
+    botones->addButton(QStringLiteral("Guardar"), QDialogButtonBox::AcceptRole);
+    botones->addButton(QStringLiteral("Cancelar"), QDialogButtonBox::RejectRole);
+    connect(botones, &QDialogButtonBox::accepted, &dialogo, &QDialog::accept);
+    connect(botones, &QDialogButtonBox::rejected, &dialogo, &QDialog::reject);
+    v->addWidget(botones);
+    if (dialogo.exec() != QDialog::Accepted) return;
+    const QString nombre = campo->text().trimmed();
+    if (alGuardarSeccion) alGuardarSeccion(nombre.isEmpty() ? titulo_ : nombre.toStdString());
+    mostrarGuardado();
+}
+
+void VentanaHoja::mostrarGuardado() {
+    guardadoFlash_ = true;
+    guardar_->setText(QStringLiteral("Guardado"));
+    guardar_->setIcon(iconoSimbolo("checkmark.circle.fill"));
+    QTimer::singleShot(1800, this, [this] {
+        guardadoFlash_ = false;
+        guardar_->setText(QStringLiteral("Guardar"));
+        guardar_->setIcon(iconoSimbolo("bookmark"));
+    });
+}
+
 bool VentanaHoja::escribirDXF(const QString& ruta) {
     const EstadoHoja& h = vista_->hoja;
     const std::string texto = generarDXF(h.segmentos, h.etiquetas, h.cotas);
@@ -274,11 +365,7 @@ bool VentanaHoja::escribirDXF(const QString& ruta) {
         archivo.write(texto.data(), static_cast<qint64>(texto.size())) == static_cast<qint64>(texto.size()) &&
         archivo.commit())
         return true;
-    QMessageBox alerta(QMessageBox::Critical, QStringLiteral("Error"), QStringLiteral("Error al exportar DXF"),
-                       QMessageBox::Ok, this);
-    alerta.setObjectName(QStringLiteral("alertaDXF"));
-    alerta.setInformativeText(archivo.errorString());
-    alerta.exec();
+    alertaError(QStringLiteral("Error al exportar DXF"), archivo.errorString());
     return false;
 }
 

@@ -50,6 +50,14 @@ public:
     VistaHoja* vista() const { return vista_; }
     // Runs when the window closes, with the sheet's current lists.
     std::function<void(const std::string&, const std::vector<Cota2D>&, const std::vector<Etiqueta2D>&)> alGuardar;
+    // "Guardar": a saved section of this name in the side panel.
+    std::function<void(const std::string&)> alGuardarSeccion;
+    // "PDF": the save panel, then the sheet exactly as it stands on the
+    // screen (zoom, pan, overlays) on one page of the view's size in points.
+    void exportarPDF();
+    bool escribirPDF(const QString& ruta);
+    // "Guardar": keeps the sheet's lists, then asks for the section's name.
+    void guardar();
     // "DXF": the save panel, then the file of the sheet as it stands.
     void exportarDXF();
     // Writes the sheet's DXF to the file atomically; a failure shows the
@@ -78,6 +86,10 @@ private:
     QSlider* grosorCorte_ = nullptr;
     QSlider* grosorProyeccion_ = nullptr;
     QLabel* estado_ = nullptr;
+    QToolButton* guardar_ = nullptr;
+    bool guardadoFlash_ = false;
+    void mostrarGuardado();
+    void alertaError(const QString& texto, const QString& detalle);
 };
 
 } // namespace teskal
