@@ -6,12 +6,54 @@
 #include <glm/geometric.hpp>
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <cstring>
 #include <cmath>
 #include <set>
 
 namespace teskal {
 
 namespace {
+
+// "%.6f" of a float, exactly as printf writes it: the exact binary value
+// times 10^6, rounded half to even, in whole digits. Null when the value is
+// too large for this path (2^54 and more).
+char* fijo6DeFloat(char* p, float f) {
+    std::uint32_t bits;
+    std::memcpy(&bits, &f, sizeof bits);
+    const bool negativo = bits >> 31;
+    const int exponente = static_cast<int>((bits >> 23) & 0xFF);
+    const std::uint32_t fraccion = bits & 0x7FFFFF;
+    const std::uint64_t m = exponente == 0 ? fraccion : (fraccion | 0x800000u);
+    const int e = exponente == 0 ? -149 : exponente - 150; // f = m * 2^e
+    if (e > 30) return nullptr;
+    unsigned __int128 n;
+    if (e >= 0) {
+        n = (static_cast<unsigned __int128>(m) << e) * 1000000u;
+    } else {
+        const int k = -e;
+        const unsigned __int128 x = static_cast<unsigned __int128>(m) * 1000000u; // below 2^44
+        if (k >= 64) {
+            n = 0; // below 2^-20: rounds to zero
+        } else {
+            unsigned __int128 q = x >> k;
+            const unsigned __int128 resto = x & ((static_cast<unsigned __int128>(1) << k) - 1);
+            const unsigned __int128 mitad = static_cast<unsigned __int128>(1) << (k - 1);
+            if (resto > mitad || (resto == mitad && (q & 1))) ++q;
+            n = q;
+        }
+    }
+    if (negativo) *p++ = '-';
+    const auto entera = static_cast<std::uint64_t>(n / 1000000u);
+    auto decimales = static_cast<std::uint32_t>(n % 1000000u);
+    p = std::to_chars(p, p + 24, entera).ptr;
+    *p++ = '.';
+    for (int i = 5; i >= 0; --i) {
+        p[i] = static_cast<char>('0' + decimales % 10);
+        decimales /= 10;
+    }
+    return p + 6;
+}
 
 // The file as it grows: each value one pair of lines, code then value.
 class EscritorDXF {
@@ -31,11 +73,15 @@ public:
         const auto r = std::to_chars(b, b + sizeof b, valor);
         par(codigo, std::string_view(b, static_cast<std::size_t>(r.ptr - b)));
     }
-    // "%.6f", always with a point.
+    // "%.6f", always with a point. Sheet coordinates are floats: those take
+    // the exact integer path.
     void real(int codigo, double valor) {
         char b[400];
-        const auto r = std::to_chars(b, b + sizeof b, valor, std::chars_format::fixed, 6);
-        par(codigo, std::string_view(b, static_cast<std::size_t>(r.ptr - b)));
+        char* fin = nullptr;
+        if (std::isfinite(valor) && static_cast<double>(static_cast<float>(valor)) == valor)
+            fin = fijo6DeFloat(b, static_cast<float>(valor));
+        if (!fin) fin = std::to_chars(b, b + sizeof b, valor, std::chars_format::fixed, 6).ptr;
+        par(codigo, std::string_view(b, static_cast<std::size_t>(fin - b)));
     }
     void linea(std::string_view capa, double x1, double y1, double x2, double y2, bool discontinua = false) {
         par(0, "LINE");

@@ -10,6 +10,9 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <cmath>
+#include <cstdio>
+#include <random>
 
 using namespace teskal;
 using namespace teskal::pruebas;
@@ -153,4 +156,27 @@ TEST(SanearTextoDXF, plegadoAASCII) {
         {"Línea\r\nsegunda\nfin", "Linea segunda fin"}, {"Muro 日本", "Muro "},   {"Çà", "Ca"},
     };
     for (const auto& [texto, saneado] : casos) EXPECT_EQ(sanearTextoDXF(texto), saneado) << texto;
+}
+
+TEST(GenerarDXF, numerosComoPrintf) {
+    // Coordinates are written as "%.6f" writes them, halfway cases (rounded
+    // to even on the exact binary value), tiny negatives and large values included.
+    std::vector<float> valores{0.0078125f, 0.0234375f, -0.0078125f, -1e-9f, 1e-30f, -0.0f, 1.5e7f,
+                               3.0e16f,    0.0000005f, 123456.789f, -4.25f, 1.0f / 3.0f};
+    std::mt19937 azar(11);
+    std::uniform_real_distribution<float> mantisa(-1.0f, 1.0f);
+    std::uniform_int_distribution<int> exponente(-30, 25);
+    for (int i = 0; i < 4000; ++i) valores.push_back(std::ldexp(mantisa(azar), exponente(azar)));
+    std::vector<Segmento2D> lineas;
+    for (std::size_t i = 0; i + 1 < valores.size(); i += 2)
+        lineas.push_back(linea({valores[i], valores[i + 1]}, {0, 0}, "ARQ"));
+    const std::string dxf = generarDXF(lineas, {}, {});
+    std::size_t desde = dxf.find("ENTITIES");
+    for (std::size_t i = 0; i + 1 < valores.size(); i += 2) {
+        char esperado[512];
+        std::snprintf(esperado, sizeof esperado, "\n10\n%.6f\n20\n%.6f\n", double(valores[i]), double(valores[i + 1]));
+        const std::size_t en = dxf.find(esperado, desde);
+        ASSERT_NE(en, std::string::npos) << esperado;
+        desde = en + 1;
+    }
 }
