@@ -68,6 +68,8 @@ private slots:
         QVERIFY(ocultos > 10);
         visor->update();
         QTRY_VERIFY(visor->grabFramebuffer() != antes);
+        if (const QByteArray ruta = qgetenv("TESKAL_CAPTURA_SECCION"); !ruta.isEmpty())
+            ventana.grab().save(QString::fromLocal8Bit(ruta).replace(QStringLiteral(".png"), QStringLiteral("_3d.png")));
 
         // "Plano 2D" opens the sheet.
         auto* plano = ventana.findChild<QPushButton*>(QStringLiteral("botonPlano2D"));
@@ -180,7 +182,7 @@ private slots:
             if (l.startsWith(QStringLiteral("Pages:"))) unaPagina = l.mid(6).trimmed() == QStringLiteral("1");
         QVERIFY(unaPagina);
         QProcess texto;
-        texto.start(QStringLiteral("pdftotext"), {pdf, QStringLiteral("-")});
+        texto.start(QStringLiteral("pdftotext"), {QStringLiteral("-raw"), pdf, QStringLiteral("-")}); // in drawing order
         QVERIFY(texto.waitForFinished(60000));
         const QString textos = QString::fromUtf8(texto.readAllStandardOutput());
         QVERIFY2(textos.contains(q(formato("%.2f m", double(glm::length(h.cotas[0].p2 - h.cotas[0].p1))))),
