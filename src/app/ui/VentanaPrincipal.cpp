@@ -532,6 +532,12 @@ void VentanaPrincipal::abrirPlano2D() {
         cv_.guardarEstadoPlano(titulo, cotas, etiquetas);
     };
     ventana->alGuardarSeccion = [this](const std::string& nombre) { cv_.guardarSeccion(nombre); };
+    // Centred on the main window's screen, key and in front.
+    if (const QScreen* pantalla = screen()) {
+        QRect marco = ventana->frameGeometry();
+        marco.moveCenter(pantalla->availableGeometry().center());
+        ventana->move(marco.topLeft());
+    }
     ventana->show();
     ventana->raise();
     ventana->activateWindow();
