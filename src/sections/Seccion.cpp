@@ -34,6 +34,39 @@ template <class F> void recorrerGeometrias(const Node& raiz, F&& visitar) {
     bajar(bajar, raiz, sobreRaiz);
 }
 
+// The names seen in one discipline: open addressing over views of the nodes
+// own names, so that marking 100,000 elements allocates a table, not a node
+// per name. Names are never empty; an empty view marks a free slot.
+class NombresVistos {
+public:
+    // True when the name was not there yet.
+    bool insertar(std::string_view nombre) {
+        if ((cuenta_ + 1) * 2 > tabla_.size()) crecer();
+        std::size_t i = std::hash<std::string_view>{}(nombre) & (tabla_.size() - 1);
+        while (!tabla_[i].empty()) {
+            if (tabla_[i] == nombre) return false;
+            i = (i + 1) & (tabla_.size() - 1);
+        }
+        tabla_[i] = nombre;
+        ++cuenta_;
+        return true;
+    }
+
+private:
+    void crecer() {
+        std::vector<std::string_view> vieja(std::max<std::size_t>(tabla_.size() * 2, 1024));
+        vieja.swap(tabla_);
+        for (std::string_view n : vieja) {
+            if (n.empty()) continue;
+            std::size_t i = std::hash<std::string_view>{}(n) & (tabla_.size() - 1);
+            while (!tabla_[i].empty()) i = (i + 1) & (tabla_.size() - 1);
+            tabla_[i] = n;
+        }
+    }
+    std::vector<std::string_view> tabla_;
+    std::size_t cuenta_ = 0;
+};
+
 std::string minusculas(std::string s) {
     for (char& c : s)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
@@ -314,12 +347,12 @@ std::vector<Etiqueta2D> construirEtiquetas(const std::map<std::string, Especiali
         const PropiedadesModelo& porNombre = itNombre != propiedadesIFC.end() ? itNombre->second : sinPropiedades;
         const auto itId = propiedadesPorGlobalId.find(clave);
         const PropiedadesModelo& porId = itId != propiedadesPorGlobalId.end() ? itId->second : sinPropiedades;
-        std::unordered_set<std::string_view> vistos; // per discipline
+        NombresVistos vistos; // per discipline
         recorrerGeometrias(*esp.nodoRaiz, [&](const Node& n, const Node* elemento) {
             const std::size_t k = visitados++;
             if (!elemento) return;
             const std::string& nombre = *elemento->name();
-            if (!vistos.insert(nombre).second) return;
+            if (!vistos.insertar(nombre)) return;
             // Most elements lie off the plane: for an element node without
             // children its range along the axis is enough to leave it out.
             // Its box would read (0, 0, 0) if empty, so 0 is never left out here.
