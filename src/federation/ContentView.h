@@ -10,6 +10,7 @@
 #include "qto/EstadoQTO.h"
 #include "scene/ColoresSistema.h"
 #include "scene/Node.h"
+#include "sections/EstadoSeccion.h"
 #include "timeline/EstadoTimeline.h"
 #include "viewport/ViewportController.h"
 #include "viewport/markup/EstadoMarkup.h"
@@ -170,10 +171,11 @@ public:
     std::vector<ModeloAusente> modelosAusentes;
     bool mostrarModelosAusentes = false;
 
-    // Records of the sections, comments and timeline subsystems.
-    std::vector<SeccionGuardada> seccionesGuardadas;
-    CotasPorTitulo almacenCotas;       // dimensions by sheet title
-    EtiquetasPorTitulo almacenEtiquetas; // labels by sheet title
+    // 2D sections: the plane of the "Sección" panel, saved sections and the
+    // stores of dimensions and labels by sheet title.
+    EstadoSeccion seccion;
+
+    // Records of the timeline subsystem.
     TimeLinerConfig timeLiner = TimeLinerConfig::porDefecto();
     // The timeline window's state; its commands live in timeline/TimeLiner.cpp.
     EstadoTimeline timeline;
@@ -343,6 +345,30 @@ public:
     void eliminarPaqueteAWP(const std::string& id);
     // The package of an id in the config, or null.
     const PaqueteAWP* paqueteAWP(const std::string& id) const;
+    // 2D sections (src/sections/ComandosSeccion.cpp).
+    // The slider's ends from the boxes of the visible disciplines along the
+    // axis, with the position clamped to them.
+    void actualizarRangoSeccion();
+    // The plane in the 3D view and the clipping, element by element.
+    void aplicarPlanoSeccion();
+    // The panel's controls.
+    void fijarSeccionActiva(bool activa);
+    void fijarEjeSeccion(int eje);
+    void fijarPosicionSeccion(double posicion);
+    void fijarModoProfundidad(int modo);
+    void fijarProfundidadSeccion(double profundidad);
+    // Cuts the visible disciplines at the plane and leaves the sheet in
+    // `seccion.planoPorAbrir` for the window, or reports that nothing was cut.
+    void abrirPlano2D();
+    // What a sheet keeps when it closes: its dimensions and labels under its title.
+    void guardarEstadoPlano(const std::string& titulo, std::vector<Cota2D> cotas, std::vector<Etiqueta2D> etiquetas);
+    // Saved sections: the plane of the panel under a name ("Sección N" for a
+    // blank one), restored by one click, deleted behind the alert.
+    void guardarSeccion(const std::string& nombre);
+    void restaurarSeccion(const SeccionGuardada& guardada);
+    void pedirEliminarSeccion(const std::string& id);
+    void eliminarSeccion();
+    void cancelarEliminarSeccion();
 
     // Projects and packages.
     ProyectoTESKAL construirProyecto() const;

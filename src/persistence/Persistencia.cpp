@@ -45,9 +45,9 @@ ProyectoTESKAL ContentView::construirProyecto() const {
         p.historialAnalisis.push_back(std::move(g));
     }
     p.timeLiner = timeLiner;
-    p.secciones = seccionesGuardadas;
-    p.cotasPorSeccion = almacenCotas;
-    p.etiquetasPorSeccion = etiquetasGuardadas(almacenEtiquetas);
+    p.secciones = seccion.guardadas;
+    p.cotasPorSeccion = seccion.almacenCotas;
+    p.etiquetasPorSeccion = etiquetasGuardadas(seccion.almacenEtiquetas);
     p.comentarios = markup.comentarios;
     return p;
 }
@@ -263,10 +263,10 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
         historialAnalisis.push_back(std::move(a));
     }
     timeLiner = p.timeLiner.value_or(TimeLinerConfig::porDefecto());
-    seccionesGuardadas = p.secciones.value_or(std::vector<SeccionGuardada>{});
+    seccion.guardadas = p.secciones.value_or(std::vector<SeccionGuardada>{});
     markup.comentarios = p.comentarios.value_or(std::vector<ComentarioMarkup>{});
-    almacenCotas = p.cotasPorSeccion.value_or(CotasPorTitulo{});
-    almacenEtiquetas = p.etiquetasPorSeccion ? etiquetasRestauradas(*p.etiquetasPorSeccion) : EtiquetasPorTitulo{};
+    seccion.almacenCotas = p.cotasPorSeccion.value_or(CotasPorTitulo{});
+    seccion.almacenEtiquetas = p.etiquetasPorSeccion ? etiquetasRestauradas(*p.etiquetasPorSeccion) : EtiquetasPorTitulo{};
     emit changed();
 
     // Every model is converted again, one job each, all at once. A model

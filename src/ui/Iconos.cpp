@@ -60,6 +60,18 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"hand.point.up", "input-mouse-symbolic"},
         {"tablecells", "x-office-spreadsheet-symbolic"},
         {"calendar.badge.clock", "x-office-calendar"},
+        {"tag", "bookmark-new-symbolic"},
+        {"tag.fill", "bookmark-new-symbolic"},
+        {"tag.circle", "insert-text-symbolic"},
+        {"tag.circle.fill", "insert-text-symbolic"},
+        {"lineweight", "format-justify-fill-symbolic"},
+        {"viewfinder", "zoom-fit-best-symbolic"},
+        {"doc.viewfinder", "document-page-setup-symbolic"},
+        {"square.and.arrow.up", "document-save-as-symbolic"},
+        {"doc.richtext", "x-office-document-symbolic"},
+        {"bookmark", "bookmark-new-symbolic"},
+        {"bookmark.fill", "user-bookmarks-symbolic"},
+        {"arrow.uturn.left.circle", "edit-undo-symbolic"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

@@ -9,7 +9,7 @@ namespace teskal {
 std::optional<std::pair<glm::dvec3, float>> ContentView::encuadreEscena() {
     // The floor and the grid lines would inflate the box: the camera frames
     // the elements.
-    const Box caja = scene.rootNode()->boundingBoxSin({nombrePisoEscena, nombreGrillasEscena});
+    const Box caja = scene.rootNode()->boundingBoxSin({nombrePisoEscena, nombreGrillasEscena, nombrePlanoSeccion});
     if (caja.min == caja.max) return std::nullopt;
     const glm::vec3 tam = caja.tamano();
     const float m = std::max({tam.x, tam.y, tam.z});

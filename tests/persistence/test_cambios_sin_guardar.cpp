@@ -69,7 +69,7 @@ TEST(CambiosSinGuardar, cadaOrdenQueCambiaElDocumentoLoMarca) {
         {"análisis", true, [](ContentView& cv) { cv.registrarAnalisis("Análisis 2", {}, 0.02); }},
         {"estado de revisión", true, [](ContentView& cv) { cv.cambiarEstado(0, 0, EstadoClash::resuelto); }},
         {"eliminar análisis", true, [](ContentView& cv) { cv.pedirEliminarAnalisis(0); cv.eliminarAnalisis(); }},
-        {"registros de secciones", true, [](ContentView& cv) { cv.seccionesGuardadas.emplace_back(); cv.marcarCambio(); }},
+        {"registros de secciones", true, [](ContentView& cv) { cv.seccion.guardadas.emplace_back(); cv.marcarCambio(); }},
         // Looking, selecting and dialogs left with "Cancelar" change nothing saved.
         {"seleccionar especialidad", false, [](ContentView& cv) { cv.seleccionarEspecialidad("EST"); }},
         {"color cancelado", false, [](ContentView& cv) { cv.abrirColor("ARQ"); cv.cancelarColor(); }},

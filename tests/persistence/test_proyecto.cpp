@@ -195,14 +195,14 @@ TEST(DocumentoProyecto, seccionesComentariosYTimelineSeConservan) {
     EXPECT_TRUE(cv.markup.comentarios.empty());
 
     // Everything the workspace holds of them comes back after a save and an open.
-    cv.seccionesGuardadas = {{"5E0C6A1B-0000-4000-8000-000000000001", "Corte A", 1, 2.5}};
-    cv.almacenCotas["Corte A"] = {{"5E0C6A1B-0000-4000-8000-000000000002", {0, 0}, {3.5f, 0}, 0.6f}};
+    cv.seccion.guardadas = {{"5E0C6A1B-0000-4000-8000-000000000001", "Corte A", 1, 2.5}};
+    cv.seccion.almacenCotas["Corte A"] = {{"5E0C6A1B-0000-4000-8000-000000000002", {0, 0}, {3.5f, 0}, 0.6f}};
     Etiqueta2D e{};
     e.nombre = "Muro 1";
     e.key = "ARQ";
     e.visible = false;
     e.offsetTexto = {0.5f, -1};
-    cv.almacenEtiquetas["Corte A"] = {e};
+    cv.seccion.almacenEtiquetas["Corte A"] = {e};
     ComentarioMarkup c{};
     c.id = "5E0C6A1B-0000-4000-8000-000000000003";
     c.tag = "MRK-001";
@@ -216,12 +216,12 @@ TEST(DocumentoProyecto, seccionesComentariosYTimelineSeConservan) {
     ASSERT_TRUE(std::holds_alternative<ProyectoTESKAL>(segundo)) << std::get<std::string>(segundo);
     ContentView otro("/no/hay");
     otro.restaurarProyecto(std::get<ProyectoTESKAL>(segundo), std::nullopt);
-    EXPECT_EQ(otro.seccionesGuardadas, cv.seccionesGuardadas);
-    EXPECT_EQ(otro.almacenCotas, cv.almacenCotas);
+    EXPECT_EQ(otro.seccion.guardadas, cv.seccion.guardadas);
+    EXPECT_EQ(otro.seccion.almacenCotas, cv.seccion.almacenCotas);
     EXPECT_EQ(otro.markup.comentarios, cv.markup.comentarios);
     EXPECT_EQ(otro.timeLiner.moneda, "CLP");
-    ASSERT_EQ(otro.almacenEtiquetas["Corte A"].size(), 1u);
-    const Etiqueta2D& r = otro.almacenEtiquetas["Corte A"][0];
+    ASSERT_EQ(otro.seccion.almacenEtiquetas["Corte A"].size(), 1u);
+    const Etiqueta2D& r = otro.seccion.almacenEtiquetas["Corte A"][0];
     EXPECT_EQ(r.nombre, "Muro 1");
     EXPECT_FALSE(r.visible);
     EXPECT_EQ(r.offsetTexto, e.offsetTexto);

@@ -20,6 +20,8 @@
 #include "qto/ui/QuantityTakeoffView.h"
 #include "timeline/ui/PanelTimeline.h"
 #include "timeline/ui/TimeLinerView.h"
+#include "sections/ui/PanelSeccion.h"
+#include "sections/ui/VentanaHoja.h"
 #include "viewport/ui/BarraVisor.h"
 #include "viewport/ui/LeyendaVisor.h"
 #include "viewport/ui/VisorEscena.h"
@@ -211,6 +213,8 @@ QWidget* VentanaPrincipal::crearBarraLateral() {
         if (indice < cv_.historialAnalisis.size()) abrirReporte(cv_.historialAnalisis[indice]);
     });
     v->addWidget(interferencias);
+    v->addWidget(tituloSeccion(QStringLiteral("Sección"), lateral));
+    v->addWidget(new PanelSeccion(cv_, lateral));
     v->addWidget(tituloSeccion(QStringLiteral("Comentarios"), lateral));
     auto* comentarios = new PanelComentarios(cv_, lateral);
     connect(comentarios, &PanelComentarios::reporteSolicitado, this, &VentanaPrincipal::abrirReporteComentarios);
@@ -249,6 +253,17 @@ void VentanaPrincipal::sincronizar() {
     }
 
     // Pending fields open their dialogs, once each.
+    if (cv_.seccion.planoPorAbrir) abrirPlano2D();
+    if (cv_.seccion.pendienteEliminar && !alertaEliminarSeccion_) {
+        QString nombre;
+        for (const auto& s : cv_.seccion.guardadas)
+            if (s.id == *cv_.seccion.pendienteEliminar) nombre = QString::fromStdString(s.nombre);
+        alertaEliminarSeccion_ = abrirConfirmacion(
+            QStringLiteral("Eliminar sección"),
+            QStringLiteral("¿Eliminar la sección \"") + nombre + QStringLiteral("\"? Esta acción no se puede deshacer."),
+            QStringLiteral("Eliminar"), true, QStringLiteral("alertaEliminarSeccion"), [this] { cv_.eliminarSeccion(); },
+            [this] { cv_.cancelarEliminarSeccion(); });
+    }
     if (cv_.showFilePicker && !selector_) abrirSelectorArchivo();
     if (cv_.mostrarNuevaEsp && !dialogoNueva_) {
         dialogoNueva_ = new DialogoNuevaEspecialidad(cv_, this);
@@ -559,6 +574,28 @@ void VentanaPrincipal::abrirEliminarModelo() {
             cv_.cancelarEliminarModelo();
     });
     alertaEliminar_->open();
+}
+
+void VentanaPrincipal::abrirPlano2D() {
+    auto ventana = std::make_unique<VentanaHoja>(std::move(*cv_.seccion.planoPorAbrir));
+    cv_.seccion.planoPorAbrir.reset();
+    // Closing keeps the sheet's dimensions and labels under its title; the
+    // window itself stays in the list.
+    ventana->alGuardar = [this](const std::string& titulo, const std::vector<Cota2D>& cotas,
+                                const std::vector<Etiqueta2D>& etiquetas) {
+        cv_.guardarEstadoPlano(titulo, cotas, etiquetas);
+    };
+    ventana->alGuardarSeccion = [this](const std::string& nombre) { cv_.guardarSeccion(nombre); };
+    // Centred on the main window's screen, key and in front.
+    if (const QScreen* pantalla = screen()) {
+        QRect marco = ventana->frameGeometry();
+        marco.moveCenter(pantalla->availableGeometry().center());
+        ventana->move(marco.topLeft());
+    }
+    ventana->show();
+    ventana->raise();
+    ventana->activateWindow();
+    vista2DWindows_.push_back(std::move(ventana));
 }
 
 void VentanaPrincipal::abrirReporte(const AnalisisInterferencias& analisis) {

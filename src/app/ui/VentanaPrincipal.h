@@ -52,6 +52,8 @@ public:
     // when it is open already.
     void abrirTimeLiner();
     const std::vector<std::unique_ptr<QWidget>>& timeLinerWindows() const { return timeLinerWindows_; }
+    // The sheet windows opened so far, closed ones included.
+    const std::vector<std::unique_ptr<QWidget>>& vista2DWindows() const { return vista2DWindows_; }
 
 protected:
     void closeEvent(QCloseEvent* evento) override;
@@ -66,6 +68,8 @@ private:
     QFileDialog* dialogoArchivo(const QString& titulo, const QString& mensaje, const QString& filtro, bool guardar,
                                 const QString& nombre, std::function<void(const QString&)> alAceptar);
     void abrirPanelesProyecto();
+    // Opens the sheet the workspace cut (`seccion.planoPorAbrir`).
+    void abrirPlano2D();
     void abrirError();
     // The takeoffs the workspace computed, each in a new window.
     void abrirVentanasQTO();
@@ -98,6 +102,7 @@ private:
     QPointer<QMessageBox> alertaError_;
     QPointer<QMessageBox> alertaEliminar_;
     QPointer<QMessageBox> alertaEliminarAnalisis_;
+    QPointer<QMessageBox> alertaEliminarSeccion_;
     QPointer<QMessageBox> alertaLimpiarXOR_;
     QPointer<QMessageBox> alertaCargarXOR_;
     QPointer<QMessageBox> alertaEliminarComentario_;
@@ -117,6 +122,7 @@ private:
     bool cerrada_ = false;
     std::vector<std::unique_ptr<QWidget>> reportWindows_;
     std::vector<std::unique_ptr<QWidget>> timeLinerWindows_;
+    std::vector<std::unique_ptr<QWidget>> vista2DWindows_;
 };
 
 } // namespace teskal

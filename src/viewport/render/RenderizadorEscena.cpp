@@ -1,5 +1,6 @@
 #include "viewport/render/RenderizadorEscena.h"
 
+#include "sections/EstadoSeccion.h"
 #include "viewport/render/ShadersEscena.h"
 
 #include <QOpenGLShaderProgram>
@@ -699,6 +700,8 @@ std::optional<ResultadoPick> RenderizadorEscena::elegir(Scene& escena, const Cam
     for (const auto& a : ayudantes_) {
         const Node& n = *a.nodo;
         if (!incluirPiso && n.name() && *n.name() == nombrePiso) continue;
+        // The section plane is seen through, never clicked.
+        if (n.name() && *n.name() == nombrePlanoSeccion) continue;
         bool oculto;
         float opacidad;
         estadoHeredado(n, oculto, opacidad);
