@@ -95,7 +95,7 @@ private slots:
         QVERIFY(hoja.open(QIODevice::ReadOnly));
         const QString texto = QString::fromUtf8(hoja.readAll());
         for (const char* tema : {"Federation", "Comparison", "Clashes", "BCF", "Reports", "Sections", "Takeoff",
-                                 "Measurement and markup", "Timeline / 4D", "Batch"})
+                                 "Measurement and markup", "Timeline", "4D", "Batch"})
             QVERIFY2(texto.contains(QString::fromLatin1(tema)), tema);
     }
 
