@@ -10,6 +10,7 @@
 #include <fstream>
 #include <string>
 #include <sys/stat.h>
+#include <thread>
 #include <time.h>
 #include <vector>
 
@@ -79,6 +80,15 @@ inline long long memoriaProceso(const char* campo) {
         status.ignore(1 << 16, '\n');
     }
     return -1;
+}
+
+// The figures depend on how busy the machine is: says so first.
+inline void imprimirCargaMaquina() {
+    std::ifstream carga("/proc/loadavg");
+    double uno = 0;
+    carga >> uno;
+    std::printf("machine: %u cores, load average %.1f over the last minute\n",
+                std::thread::hardware_concurrency(), uno);
 }
 
 inline double megabytes(long long bytes) {

@@ -221,25 +221,10 @@ int main(int argc, char** argv) {
         }
     }
     QCoreApplication app(argc, argv);
-    {
-        std::ifstream carga("/proc/loadavg");
-        double uno = 0;
-        carga >> uno;
-        std::printf("machine: %u cores, load average %.1f over the last minute\n",
-                    std::thread::hardware_concurrency(), uno);
-    }
+    imprimirCargaMaquina();
     auto cv = std::make_unique<ContentView>("/no/existe");
     Conteo conteo;
-    std::mt19937 azar(20240611);
-    for (const char* clave : disciplinas)
-        for (int m = 0; m < modelosPorDisciplina; ++m) {
-            ModeloConvertido convertido;
-            convertido.modelo = generarModelo(clave, m, elementosPorModelo, azar, conteo);
-            const std::string nombre = std::string(clave) + "_sector_" + static_cast<char>('A' + m) + ".ifc";
-            cv->seleccionActual = clave;
-            cv->fileName = nombre;
-            cv->integrarModelo(std::move(convertido), "/proyectos/" + nombre, "/no/existe/" + nombre + ".obj");
-        }
+    construirFederacion(*cv, elementosPorModelo, conteo);
     // The "Ilimitada" sheet of the middle of the eighth storey, as abrirPlano2D makes it.
     cv->seccion.eje = 2;
     cv->seccion.posicion = 7 * alturaPlanta + alturaPlanta * 0.5;

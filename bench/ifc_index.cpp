@@ -159,14 +159,7 @@ int main(int argc, char** argv) {
                          conteo.elementos, conteoGlobalId.elementos);
             return 1;
         }
-        // glibc merges freed small chunks lazily, at the next large request:
-        // a free of more than 64 KiB makes it merge them here, so the
-        // destruction's whole cost is timed as the destruction, not as the
-        // next read.
-        liberar.anadir(cronometrar([&] {
-            delete indice;
-            std::free(std::malloc(100 * 1024));
-        }));
+        liberar.anadir(cronometrar([&] { delete indice; }));
         tiempos.anadir(m);
         std::printf("run %d: %.3f s (CPU %.3f s), %.1f MB/s\n", i + 1, m.pared, m.cpu,
                     megabytes(bytes) / m.pared);

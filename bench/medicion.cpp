@@ -123,16 +123,7 @@ int main(int argc, char** argv) {
     auto cv = std::make_unique<ContentView>("/no/existe");
     ContentView::configurarLuces(cv->scene);
     Conteo conteo;
-    std::mt19937 azar(20240611);
-    for (const char* clave : disciplinas)
-        for (int m = 0; m < modelosPorDisciplina; ++m) {
-            ModeloConvertido convertido;
-            convertido.modelo = generarModelo(clave, m, elementosPorModelo, azar, conteo);
-            const std::string nombre = std::string(clave) + "_sector_" + static_cast<char>('A' + m) + ".ifc";
-            cv->seleccionActual = clave;
-            cv->fileName = nombre;
-            cv->integrarModelo(std::move(convertido), "/proyectos/" + nombre, "/no/existe/" + nombre + ".obj");
-        }
+    construirFederacion(*cv, elementosPorModelo, conteo);
     std::printf("measure: %zu element nodes, %zu triangles\n", conteo.nodos, conteo.triangulos);
     auto camaraNodo = Node::crear("_TESKAL_Camara");
     camaraNodo->setCamera(Camera{60.0f, 0.1f, 1000.0f, false, 1.0f});

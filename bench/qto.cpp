@@ -162,13 +162,7 @@ int main(int argc, char** argv) {
             uso();
     }
     QCoreApplication app(argc, argv);
-    {
-        std::ifstream carga("/proc/loadavg");
-        double uno = 0;
-        carga >> uno;
-        std::printf("machine: %u cores, load average %.1f over the last minute\n",
-                    std::thread::hardware_concurrency(), uno);
-    }
+    imprimirCargaMaquina();
 
     ContentView cv("/no/existe");
     Conteo conteo;

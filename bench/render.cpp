@@ -547,14 +547,7 @@ int main(int argc, char** argv) {
     }
 
     QGuiApplication app(argc, argv);
-    {
-        // The figures depend on how busy the machine is: say so.
-        std::ifstream carga("/proc/loadavg");
-        double uno = 0;
-        carga >> uno;
-        std::printf("machine: %u cores, load average %.1f over the last minute\n",
-                    std::thread::hardware_concurrency(), uno);
-    }
+    imprimirCargaMaquina();
     auto cv = std::make_unique<ContentView>("/no/existe");
     ContentView::configurarLuces(cv->scene);
 

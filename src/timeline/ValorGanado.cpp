@@ -1,6 +1,7 @@
 #include "timeline/ValorGanado.h"
 
 #include "federation/Formato.h"
+#include "scene/ColoresSistema.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,18 +36,7 @@ double avanceAuto(const PaqueteAWP& p, const ModoAvance& modo) {
 }
 
 double avanceEfectivo(const ArbolAWP& arbol, const PaqueteAWP& p, const ModoAvance& modo) {
-    if (!modo.automatico) return arbol.avance(p);
-    const ArbolAWP::Lista hojas = arbol.paquetesHoja(p);
-    const qint64 scrubber = msDe(modo.fechaScrubber);
-    if (hojas.empty()) return avanceAuto(arbol, p, modo, scrubber);
-    double presupuesto = 0, ponderado = 0, suma = 0;
-    for (const PaqueteAWP* h : hojas) {
-        const double a = avanceAuto(arbol, *h, modo, scrubber);
-        presupuesto += h->presupuesto;
-        ponderado += h->presupuesto * a;
-        suma += a;
-    }
-    return presupuesto > 0 ? ponderado / presupuesto : suma / static_cast<double>(hojas.size());
+    return fichaEVM(arbol, p, modo).avance;
 }
 
 QDateTime fechaAvance(const PaqueteAWP& p) {
@@ -60,6 +50,18 @@ TonoIndice tonoIndice(double valor) {
     if (valor >= 1.0) return TonoIndice::verde;
     if (valor >= 0.85) return TonoIndice::naranja;
     return TonoIndice::rojo;
+}
+
+Color colorIndice(double valor) {
+    switch (tonoIndice(valor)) {
+    case TonoIndice::verde:
+        return colores::verde;
+    case TonoIndice::naranja:
+        return colores::naranja;
+    case TonoIndice::rojo:
+        break;
+    }
+    return colores::rojo;
 }
 
 TotalesEVM totalesEVM(const ArbolAWP& arbol, const ModoAvance& modo) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scene/Color.h"
 #include "timeline/ArbolAWP.h"
 
 #include <QLocale>
@@ -28,6 +29,8 @@ QDateTime fechaAvance(const PaqueteAWP& p);
 // The colour of an index: green from 1, orange from 0.85, red below.
 enum class TonoIndice { verde, naranja, rojo };
 TonoIndice tonoIndice(double valor);
+// The system colour of that tone.
+Color colorIndice(double valor);
 
 // The project's figures, over its IWPs.
 struct TotalesEVM {

@@ -6,6 +6,7 @@
 #include "analyses/bcf/TextosBCF.h"
 #include "espera_eventos.h"
 #include "lector_bcf.h"
+#include "lectura_zip.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -23,33 +24,14 @@
 #include <tuple>
 
 using namespace teskal;
+using pruebas::contenido;
+using pruebas::entradas;
+using pruebas::unzip;
 
 namespace {
 
 // Bytes that open with the PNG signature; the signature alone is not a PNG.
 const QByteArray png("\x89PNG\r\n\x1a\nimagen", 14);
-
-// The standard output of /usr/bin/unzip, which must end with status 0.
-std::string unzip(const QStringList& argumentos) {
-    QProcess p;
-    p.start(QStringLiteral("/usr/bin/unzip"), argumentos);
-    EXPECT_TRUE(p.waitForFinished(-1));
-    EXPECT_TRUE(p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0)
-        << argumentos.join(u' ').toStdString();
-    return p.readAllStandardOutput().toStdString();
-}
-
-// The archive's entries, sorted, a blank between each two.
-std::string entradas(const QString& archivo) {
-    QList<QByteArray> lineas = QByteArray::fromStdString(unzip({"-Z1", archivo})).split('\n');
-    lineas.removeAll(QByteArray());
-    std::sort(lineas.begin(), lineas.end());
-    return lineas.join(' ').toStdString();
-}
-
-std::string contenido(const QString& archivo, const std::string& entrada) {
-    return unzip({QStringLiteral("-p"), archivo, QString::fromStdString(entrada)});
-}
 
 // The value of the attribute, which must be an upper-case UUID.
 std::string guidEn(const std::string& texto, const QString& atributo) {

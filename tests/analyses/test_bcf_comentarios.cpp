@@ -2,6 +2,7 @@
 // with /usr/bin/unzip and, in the standard form, read back with bcf-client.
 #include "analyses/bcf/BCFComentarios.h"
 #include "lector_bcf.h"
+#include "lectura_zip.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -12,27 +13,11 @@
 #include <gtest/gtest.h>
 
 using namespace teskal;
+using pruebas::contenido;
+using pruebas::entradas;
+using pruebas::unzip;
 
 namespace {
-
-std::string unzip(const QStringList& argumentos) {
-    QProcess p;
-    p.start(QStringLiteral("/usr/bin/unzip"), argumentos);
-    EXPECT_TRUE(p.waitForFinished(-1));
-    EXPECT_TRUE(p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0) << argumentos.join(u' ').toStdString();
-    return p.readAllStandardOutput().toStdString();
-}
-
-std::string entradas(const QString& archivo) {
-    QList<QByteArray> lineas = QByteArray::fromStdString(unzip({"-Z1", archivo})).split('\n');
-    lineas.removeAll(QByteArray());
-    std::sort(lineas.begin(), lineas.end());
-    return lineas.join(' ').toStdString();
-}
-
-std::string contenido(const QString& archivo, const std::string& entrada) {
-    return unzip({QStringLiteral("-p"), archivo, QString::fromStdString(entrada)});
-}
 
 // A 1 x 1 PNG, as the window converts a picture.
 const QByteArray png = QByteArray::fromBase64(

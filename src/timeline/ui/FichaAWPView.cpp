@@ -51,18 +51,6 @@ QLabel* etiqueta(const QString& t, QWidget* padre, const QString& estilo = {}) {
 
 QString colorDe(const Color& c) { return QStringLiteral("color: %1; font-weight: bold;").arg(css(c)); }
 
-Color colorIndice(double v) {
-    switch (tonoIndice(v)) {
-    case TonoIndice::verde:
-        return colores::verde;
-    case TonoIndice::naranja:
-        return colores::naranja;
-    case TonoIndice::rojo:
-        break;
-    }
-    return colores::rojo;
-}
-
 } // namespace
 
 FichaAWPView::FichaAWPView(ContentView& cv, const PaqueteAWP& p, const QImage& imagenRender, QWidget* parent)

@@ -37,18 +37,6 @@ namespace {
 
 constexpr int pasosSlider = 1000;
 
-Color colorTono(TonoIndice t) {
-    switch (t) {
-    case TonoIndice::verde:
-        return colores::verde;
-    case TonoIndice::naranja:
-        return colores::naranja;
-    case TonoIndice::rojo:
-        break;
-    }
-    return colores::rojo;
-}
-
 // A tile of a figure: its label small, its value large in its colour.
 QWidget* tile(const QString& etiqueta, const QString& valor, const Color& color, const QString& nombre,
               QWidget* padre) {
@@ -253,9 +241,9 @@ void TimeLinerView::reconstruirPanelEVM() {
                             QStringLiteral("tileAC"), w), 0, 1);
     rejilla->addWidget(tile(QStringLiteral("EV  (Valor ganado)"), q(textoMoneda(t.ev, c.moneda)), colores::verde,
                             QStringLiteral("tileEV"), w), 0, 2);
-    rejilla->addWidget(tile(QStringLiteral("SPI"), q(formato("%.2f", t.spi)), colorTono(tonoIndice(t.spi)),
+    rejilla->addWidget(tile(QStringLiteral("SPI"), q(formato("%.2f", t.spi)), colorIndice(t.spi),
                             QStringLiteral("tileSPI"), w), 1, 0);
-    rejilla->addWidget(tile(QStringLiteral("CPI"), q(formato("%.2f", t.cpi)), colorTono(tonoIndice(t.cpi)),
+    rejilla->addWidget(tile(QStringLiteral("CPI"), q(formato("%.2f", t.cpi)), colorIndice(t.cpi),
                             QStringLiteral("tileCPI"), w), 1, 1);
     rejilla->addWidget(tile(QStringLiteral("Avance global"), q(textoPorcentaje(t.avanceGlobal)),
                             t.avanceGlobal >= 1 ? colores::verde : colores::azul, QStringLiteral("tileAvance"), w),
@@ -272,8 +260,8 @@ void TimeLinerView::reconstruirPanelEVM() {
         hh->addWidget(tile(QStringLiteral("HH Ganadas"), q(textoHH(t.hhGanadas)), colores::verde,
                            QStringLiteral("tileHHGanadas"), w), 0, 2);
         hh->addWidget(tile(QStringLiteral("Factor\nProd."), q(formato("%.2f", t.factorProd)),
-                           colorTono(tonoIndice(t.factorProd)), QStringLiteral("tileFactor"), w), 1, 0);
-        hh->addWidget(tile(QStringLiteral("HH/día"), q(formato("%.2f", t.hhDia)), colorTono(tonoIndice(t.hhDia)),
+                           colorIndice(t.factorProd), QStringLiteral("tileFactor"), w), 1, 0);
+        hh->addWidget(tile(QStringLiteral("HH/día"), q(formato("%.2f", t.hhDia)), colorIndice(t.hhDia),
                            QStringLiteral("tileHHDia"), w), 1, 1);
         v->addLayout(hh);
     }
@@ -328,7 +316,7 @@ void TimeLinerView::reconstruirPanelEVM() {
             e->setStyleSheet(QStringLiteral("color: %1; font-size: 11px; font-weight: bold;").arg(css(color)));
             indices->addWidget(e);
         };
-        indice(q(formato("CPI %.2f", f.cpi)), colorTono(tonoIndice(f.cpi)));
+        indice(q(formato("CPI %.2f", f.cpi)), colorIndice(f.cpi));
         indice(q(formato("Prod. %.2f", f.productividad)), f.productividad >= 1 ? colores::verde : colores::naranja);
         const auto desviacion = [&](const char* prefijo, const std::optional<int>& d) {
             if (d) indice(q(textoDesviacion(prefijo, *d)), *d < 0 ? colores::rojo : colores::verde);
