@@ -102,12 +102,6 @@ std::shared_ptr<Node> caja(const std::string& nombre, glm::vec3 a, glm::vec3 b, 
 
 Color emision(const std::shared_ptr<Node>& n) { return n->geometry()->firstMaterial()->emission(); }
 
-// Screenshots for a person to look at, when TESKAL_CAPTURAS names a folder.
-void capturar(QWidget& w, const char* nombre) {
-    const QString carpeta = qEnvironmentVariable("TESKAL_CAPTURAS");
-    if (!carpeta.isEmpty()) w.grab().save(carpeta + QLatin1Char('/') + QString::fromLatin1(nombre));
-}
-
 } // namespace
 
 class PruebaTimeline : public QObject {
@@ -159,8 +153,6 @@ private slots:
         QVERIFY(cv.showError);
         QVERIFY2(cv.errorMessage->rfind("No se pudo escribir el PDF del Gantt: ", 0) == 0, cv.errorMessage->c_str());
         QVERIFY(cv.errorMessage->size() > 40);
-        if (const QString carpeta = qEnvironmentVariable("TESKAL_CAPTURAS"); !carpeta.isEmpty())
-            QVERIFY(vista.exportarGanttPDFA((carpeta + QStringLiteral("/gantt.pdf")).toStdString()));
     }
 
     void ventanaDesdeLaBarraLateral() {
@@ -172,8 +164,7 @@ private slots:
         cv.scene.rootNode()->addChildNode(modelo);
         const auto muro = caja("Muro A", {0, 0, 0}, {1, 1, 1}, {1, 0, 0, 1});
         const auto losa = caja("Losa B", {2, 0, 0}, {3, 1, 1}, {0, 1, 0, 1});
-        modelo->addChildNode(muro);
-        modelo->addChildNode(losa);
+        for (const auto& n : {muro, losa}) modelo->addChildNode(n);
         cv.propiedadesIFC["ARQ"]["Muro A"];
         cv.propiedadesIFC["EST"]["Losa B"];
 
@@ -185,7 +176,6 @@ private slots:
             b->click();
         };
         abrir();
-        QCOMPARE(ventana.timeLinerWindows().size(), 1u);
         abrir(); // one window at a time
         QCOMPARE(ventana.timeLinerWindows().size(), 1u);
         auto* vista = static_cast<TimeLinerView*>(ventana.timeLinerWindows().front().get());
@@ -225,7 +215,6 @@ private slots:
                 QCOMPARE(editor->findChild<QLabel*>(QStringLiteral("cuentaElementos"))->text(),
                          QStringLiteral("1 elemento(s) asignado(s)"));
             }
-            capturar(*editor, "editor.png");
             QVERIFY(guardar->isEnabled());
             guardar->click();
             QTRY_VERIFY(!vista->findChild<EditorPaqueteView*>());
@@ -274,7 +263,6 @@ private slots:
         QCOMPARE(emision(muro), (Color{0.1f, 0.8f, 1.0f, 1.0f}));
         QCOMPARE(emision(losa), colores::negro);
         QTRY_VERIFY(vista->findChild<QPushButton*>(QStringLiteral("verFicha")));
-        capturar(*vista, "ventana_editor.png");
 
         // "Auto %" reads the scrubber: past every finish everything is earned.
         cv.fijarFechaScrubber(cv.timeLiner.fechaFin.addDays(1));
@@ -298,8 +286,7 @@ private slots:
         cv.scene.rootNode()->addChildNode(modelo);
         const auto muro = caja("Muro A", {-6, -2, 0}, {-2, 2, 3}, {0.8f, 0.1f, 0.1f, 1});
         const auto losa = caja("Losa B", {2, -2, 0}, {6, 2, 3}, {0.1f, 0.8f, 0.1f, 1});
-        modelo->addChildNode(muro);
-        modelo->addChildNode(losa);
+        for (const auto& n : {muro, losa}) modelo->addChildNode(n);
         auto camara = Node::crear("camara");
         camara->setCamera(Camera{45.0f, 0.1f, 100.0f, false, 1.0f});
         camara->setPosition({0, 0, 20});
@@ -311,13 +298,6 @@ private slots:
         vista.resize(1200, 720);
         vista.show();
         QVERIFY(QTest::qWaitForWindowExposed(&vista));
-        for (const char* a : {"CWA-01", "CWA-02"}) cv.alternarCWA(a);
-        cv.fijarFechaScrubber(t0.addDays(150));
-        QTest::qWait(50);
-        capturar(vista, "plan_evm.png");
-        vista.findChild<QPushButton*>(QStringLiteral("panelCurvaBoton"))->click();
-        QTest::qWait(50);
-        capturar(vista, "plan_curva.png");
 
         // The sheet of the area: its rendering shows its IWP's wall and
         // hides the slab, and the scene keeps its opacities.
@@ -327,8 +307,7 @@ private slots:
         const QColor derecha = imagen.pixelColor(imagen.width() * 3 / 4 - 10, imagen.height() / 2);
         QVERIFY2(izquierda.red() > 2 * izquierda.green(), qPrintable(izquierda.name()));
         QVERIFY2(derecha.green() < derecha.red() + 40, qPrintable(derecha.name()));
-        QCOMPARE(muro->opacity(), 1.0f);
-        QCOMPARE(losa->opacity(), 1.0f);
+        QCOMPARE(std::pair(muro->opacity(), losa->opacity()), std::pair(1.0f, 1.0f));
         for (const PaqueteAWP& p : cv.timeLiner.paquetes)
             if (p.codigo == "CWA-03") QVERIFY(renderFicha(cv, p).isNull()); // no names, no image
         vista.abrirFichaAWP(cv.timeLiner.paquetes[0].id);
@@ -337,8 +316,6 @@ private slots:
         QCOMPARE(ficha->findChild<QLabel*>(QStringLiteral("tituloFicha"))->text(),
                  QStringLiteral("Construction Work Area — CWA-01"));
         QVERIFY(ficha->findChild<QLabel*>(QStringLiteral("imagenRender")));
-        QTest::qWait(50);
-        capturar(*ficha, "ficha.png");
         ficha->accept();
     }
 };

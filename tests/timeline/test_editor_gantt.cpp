@@ -77,15 +77,12 @@ TEST(EditorAWP, reglasDelFormulario) {
     }
     const TimeLinerConfig arbol = configDe({paquete("A1", N::cwa), paquete("P1", N::cwp, "A1"),
                                             paquete("I1", N::iwp, "P1"), paquete("X1", N::pwp, "I1")});
-    const auto codigos = [&](NivelAWP n) {
-        std::string r;
-        for (const PaqueteAWP* p : padresPosibles(arbol, n)) r += p->codigo + " ";
-        return r;
-    };
-    EXPECT_EQ(codigos(N::cwa), "");
-    EXPECT_EQ(codigos(N::cwp), "A1 ");
-    EXPECT_EQ(codigos(N::iwp), "A1 P1 ");
-    EXPECT_EQ(codigos(N::pwp), "I1 ");
+    std::string padres; // the possible parents of each level, in order
+    for (NivelAWP n : {N::cwa, N::cwp, N::iwp, N::pwp}) {
+        for (const PaqueteAWP* p : padresPosibles(arbol, n)) padres += p->codigo + " ";
+        padres += "| ";
+    }
+    EXPECT_EQ(padres, "| A1 | A1 P1 | I1 | ");
 }
 
 TEST(EditorAWP, guardarFechasYCampoNumerico) {
@@ -94,18 +91,15 @@ TEST(EditorAWP, guardarFechasYCampoNumerico) {
                                   paquete("P1", N::cwp, "A1", 10, 30)});
     // Beyond the range: a warning that does not block, and the range follows.
     PaqueteAWP largo = paquete("I2", N::iwp, "A1", -3, 200);
-    ASSERT_TRUE(avisoFechas(largo, c));
-    EXPECT_EQ(avisoFechas(largo, c)->rfind("Las fechas quedan fuera del rango del proyecto (", 0), 0u);
+    EXPECT_TRUE(avisoFechas(largo, c).value_or("").starts_with("Las fechas quedan fuera del rango del proyecto ("));
     ASSERT_TRUE(guardarPaquete(c, largo));
-    EXPECT_EQ(c.fechaInicio, largo.fechaInicio);
-    EXPECT_EQ(c.fechaFin, largo.fechaFin);
+    EXPECT_EQ(std::pair(c.fechaInicio, c.fechaFin), std::pair(largo.fechaInicio, largo.fechaFin));
     // Editing it back narrows the range to the packages again: replaced by id.
     largo.fechaInicio = t0.addDays(12).toUTC();
     largo.fechaFin = t0.addDays(25).toUTC();
     ASSERT_TRUE(guardarPaquete(c, largo));
     EXPECT_EQ(c.paquetes.size(), 4u);
-    EXPECT_EQ(c.fechaInicio, t0.addDays(5).toUTC());
-    EXPECT_EQ(c.fechaFin, t0.addDays(30).toUTC());
+    EXPECT_EQ(std::pair(c.fechaInicio, c.fechaFin), std::pair(t0.addDays(5).toUTC(), t0.addDays(30).toUTC()));
     EXPECT_FALSE(avisoFechas(largo, c));
     largo.fechaInicioReal = t0.addDays(14).toUTC();
     largo.fechaFinReal = t0.addDays(13).toUTC();
@@ -125,8 +119,8 @@ TEST(EditorAWP, guardarFechasYCampoNumerico) {
     } campos[] = {{"1,5", 0, 1.5}, {"2.0004", 2, std::nullopt}, {"abc", 3, -1}, {"abc", -1, std::nullopt},
                   {" 1200 ", 0, 1200}};
     for (const auto& k : campos) EXPECT_EQ(valorCampoNumerico(k.texto, k.actual), k.escrito) << k.texto;
-    EXPECT_EQ(textoCampoNumerico(1234.56, 0), "1235");
-    EXPECT_EQ(textoCampoNumerico(0.5, 2), "0.50");
+    EXPECT_EQ(textoCampoNumerico(1234.56, 0) + " " + textoCampoNumerico(0.5, 2), "1235 0.50");
+    EXPECT_EQ(textoDesviacionEditor(-3) + " " + textoDesviacionEditor(2), "3d retraso 2d adelanto");
 
     PaqueteAWP p = paquete("I9", N::iwp);
     alternarElemento(p, "Muro 1");
@@ -134,16 +128,12 @@ TEST(EditorAWP, guardarFechasYCampoNumerico) {
     alternarElemento(p, "Muro 1");
     EXPECT_EQ(p.elementosNombre, std::vector<std::string>{"Losa"});
     PropiedadesPorEspecialidad props;
-    props["EST"]["Viga V-1"];
-    props["ARQ"]["Muro 1"];
-    props["ARQ"]["muro 2"];
-    props["ARQ"]["Losa"];
+    for (const auto& [especialidad, nombre] : {std::pair{"EST", "Viga V-1"}, {"ARQ", "Muro 1"}, {"ARQ", "muro 2"}, {"ARQ", "Losa"}})
+        props[especialidad][nombre];
     const auto grupos = elementosDisponibles(props, {"ARQ", "EST", "MEP"}, "MURO");
     ASSERT_EQ(grupos.size(), 1u);
     EXPECT_EQ(grupos[0].nombres, (std::vector<std::string>{"Muro 1", "muro 2"}));
     EXPECT_EQ(elementosDisponibles(props, {"ARQ", "EST"}, "").size(), 2u);
-    EXPECT_EQ(textoDesviacionEditor(-3), "3d retraso");
-    EXPECT_EQ(textoDesviacionEditor(2), "2d adelanto");
 }
 
 TEST(Gantt, geometriaDePantallaYPagina) {
@@ -160,8 +150,7 @@ TEST(Gantt, geometriaDePantallaYPagina) {
     ASSERT_EQ(filas.size(), 5u); // A1, P1, I1, I2, then the orphan I9
     const GeometriaGantt g = geometriaGantt(a, filas, {}, {false, t0.addDays(25)}, t0.addDays(-1), medidasPDF());
     EXPECT_EQ(g.alto, 5 * 22 + 60 + 28);
-    EXPECT_EQ(g.paquetes, 5u);
-    EXPECT_EQ(g.iwps, 3u);
+    EXPECT_EQ(std::pair(g.paquetes, g.iwps), std::pair(std::size_t(5), std::size_t(3)));
     const double dia = 930.0 / 100;
     const struct {
         std::size_t fila;
@@ -185,11 +174,9 @@ TEST(Gantt, geometriaDePantallaYPagina) {
     }
     EXPECT_DOUBLE_EQ(*g.filas[2].barra.xFinReal, 270 + 22 * dia);
     EXPECT_TRUE(g.filas[0].expandible);
-    EXPECT_EQ(filaEn(g, 59), std::nullopt);
-    EXPECT_EQ(filaEn(g, 104), 2u);
-    EXPECT_EQ(filaEn(g, 170), std::nullopt);
-    ASSERT_TRUE(g.xScrubber);
-    EXPECT_DOUBLE_EQ(*g.xScrubber, 270 + 25 * dia);
+    for (const auto& [y, fila] : {std::pair<double, std::optional<std::size_t>>{59, {}}, {104, 2u}, {170, {}}})
+        EXPECT_EQ(filaEn(g, y), fila) << y;
+    EXPECT_DOUBLE_EQ(g.xScrubber.value_or(-1), 270 + 25 * dia);
     EXPECT_FALSE(g.xHoy); // before the axis: no line
     // January's tick, at midnight before the 08:00 start, is no whole day
     // away; February's is 30 whole days on.
@@ -197,7 +184,6 @@ TEST(Gantt, geometriaDePantallaYPagina) {
     EXPECT_EQ(g.meses[0].x, 270);
     EXPECT_EQ(g.meses[1].fecha.date(), QDate(2025, 2, 1));
     EXPECT_DOUBLE_EQ(g.meses[1].x, 270 + 30 * dia);
-    EXPECT_DOUBLE_EQ(g.meses[1].x, xFecha(c, g.meses[1].fecha, medidasPDF()));
     EXPECT_EQ(textoFechaGantt(g.meses[1].fecha, "MMM yy"), "feb 25");
 
     // In "Auto %" the bars follow the scrubber; a scrubber past the axis
@@ -229,8 +215,7 @@ TEST(TimeLiner, scrubberSeleccionYCierre) {
 
     cv.iniciarTimeLiner();
     EXPECT_EQ(cv.timeline.fechaScrubber, cv.timeLiner.fechaInicio);
-    cv.retrocederScrubber(); // not before the start
-    EXPECT_EQ(cv.timeline.fechaScrubber, cv.timeLiner.fechaInicio);
+    cv.retrocederScrubber(); // not before the start, then one step on
     cv.avanzarScrubber();
     EXPECT_EQ(cv.timeline.fechaScrubber, cv.timeLiner.fechaInicio.addSecs(2592000));
     for (int i = 0; i < 5; ++i) cv.avanzarScrubber(); // not past the end
@@ -249,8 +234,7 @@ TEST(TimeLiner, scrubberSeleccionYCierre) {
     EXPECT_EQ(emision(otro), colores::negro);
     cv.cerrarTimeLiner();
     EXPECT_TRUE(cv.timeline.nodosDestacados.empty());
-    EXPECT_EQ(emision(muro), colores::negro);
-    EXPECT_EQ(emision(losa), colores::negro);
+    for (const auto& n : {muro, losa}) EXPECT_EQ(emision(n), colores::negro);
 
     // The editor's save counts a change; an invalid copy saves nothing.
     const auto cambios = cv.cambios;
