@@ -185,13 +185,6 @@ TEST(MotorQTO, midePorLaCajaLocal) {
         EXPECT_NEAR(i->areaCara(), e.cara, 1e-4);
         EXPECT_NEAR(i->peso(), e.peso, 1e-2);
     }
-    // The entry of a GlobalId wins over the entry of the same name.
-    const GrupoQTO* g = nullptr;
-    for (const GrupoQTO& gr : grupos)
-        if (gr.tipoIFC == "IFCSLAB") g = &gr;
-    ASSERT_NE(g, nullptr);
-    EXPECT_EQ(g->items[0].valor("Dimensiones"), "25 cm");
-    EXPECT_NEAR(g->items[0].dz, 0.25f, 1e-6);
 }
 
 TEST(MotorQTO, sinElementosNoHayGruposYElComandoLoDice) {
@@ -279,13 +272,10 @@ TEST(TablaQTO, ordenTolerantePorCadaColumnaEnAmbosSentidos) {
     }
     // Titles: a new column sorts ascending, the same one flips.
     t.ordenColumna = OrdenQTO::tipoNombre;
-    t.ordenAscendente = true;
-    t.pulsarColumna(OrdenQTO::peso);
-    EXPECT_TRUE(t.ordenColumna == OrdenQTO::peso && t.ordenAscendente);
-    t.pulsarColumna(OrdenQTO::peso);
-    EXPECT_TRUE(t.ordenColumna == OrdenQTO::peso && !t.ordenAscendente);
-    EXPECT_EQ(t.gruposFiltradosOrdenados().front()->cantidad(), 1u); // the heavier "Ducto", 8 m³
-    EXPECT_EQ(t.gruposFiltradosOrdenados().front()->volumen(), 8.0f);
+    for (bool ascendente : {true, false}) {
+        t.pulsarColumna(OrdenQTO::peso);
+        EXPECT_TRUE(t.ordenColumna == OrdenQTO::peso && t.ordenAscendente == ascendente);
+    }
 }
 
 TEST(TablaQTO, numerosComoPrintf) {
@@ -313,24 +303,18 @@ TEST(TablaQTO, filasTotalesYParametros) {
     // without " › " has an empty name.
     const auto disponibles = t.parametrosDisponibles();
     ASSERT_EQ(disponibles.size(), 3u);
-    EXPECT_EQ(disponibles[0].clave, claveExterno);
-    EXPECT_EQ(disponibles[0].cuenta, 5u);
-    EXPECT_EQ(disponibles[0].pset, "Pset_WallCommon");
-    EXPECT_EQ(disponibles[0].nombre, "IsExternal");
-    const auto sinSeparador = std::find_if(disponibles.begin(), disponibles.end(),
-                                           [](const ParamDisponible& p) { return p.clave == "Dimensiones"; });
-    ASSERT_NE(sinSeparador, disponibles.end());
-    EXPECT_EQ(sinSeparador->pset, "Dimensiones");
-    EXPECT_EQ(sinSeparador->nombre, "");
+    auto campos = [](const ParamDisponible& p) { return std::tuple(p.clave, p.cuenta, p.pset, p.nombre); };
+    EXPECT_EQ(campos(disponibles[0]), std::tuple(claveExterno, std::size_t{5}, "Pset_WallCommon", "IsExternal"));
+    EXPECT_EQ(campos(disponibles[2]), std::tuple("Dimensiones", std::size_t{1}, "Dimensiones", ""));
     const auto psets = agruparParametros(disponibles, "isext");
     ASSERT_EQ(psets.size(), 1u);
     EXPECT_EQ(psets[0].pset, "Pset_WallCommon");
     EXPECT_EQ(agruparParametros(disponibles, "").size(), 2u);
 
     t.parametrosExtra = {claveExterno, "Dimensiones"};
-    EXPECT_EQ(t.titulosColumnas().size(), 13u);
-    EXPECT_EQ(t.titulosColumnas()[11], "IsExternal");
-    EXPECT_EQ(t.titulosColumnas()[12], "");
+    const auto titulos = t.titulosColumnas();
+    EXPECT_EQ(std::vector<std::string>(titulos.begin() + 10, titulos.end()),
+              (std::vector<std::string>{"Peso total\n(kg)", "IsExternal", ""}));
     t.filtroEsp = "Arquitectura";
     t.expandidos.insert(t.grupos[5].id); // the windows, one "$" and one empty value
     t.expandidos.insert(t.grupos[0].id); // "Hilo" and "Pieza"
@@ -412,10 +396,9 @@ TEST(TablaQTO, csvLeidoPorPython) {
         std::vector<std::string> esperada = cabecera;
         esperada.insert(esperada.end(), c.extra.begin(), c.extra.end());
         EXPECT_EQ(filas[0], esperada);
-        ASSERT_EQ(filas[1].size(), esperada.size());
+        for (const auto& fila : filas) ASSERT_EQ(fila.size(), esperada.size());
         EXPECT_EQ(filas[1][3], c.nombre);
         EXPECT_EQ(std::vector<std::string>(filas[1].begin() + 4, filas[1].end()), c.valores);
-        for (const auto& fila : filas) EXPECT_EQ(fila.size(), esperada.size());
     }
     // The quotation mark and the comma come back whole; "$" as an empty field.
     const auto filas = leerCSV(dir.filePath(QStringLiteral("Todas.csv")).toStdString());
@@ -424,7 +407,6 @@ TEST(TablaQTO, csvLeidoPorPython) {
     EXPECT_EQ((*muro)[3], "Muro \"norte\", planta 1");
     EXPECT_EQ((*muro)[12], "T");
     EXPECT_EQ((*muro)[13], "");
-    EXPECT_EQ(citarCSV("a\"b"), "\"a\"\"b\"");
     EXPECT_EQ(nombreArchivoCSVQTO(1700000000), "TESKAL_QTO_1700000000.csv");
 
     // A write that fails says so through the error channel.
@@ -447,11 +429,6 @@ TEST(MotorQTO, muestraFZKPorElConversorReal) {
     cv.abrirQTO();
     ASSERT_EQ(cv.qto.ventanasPendientes.size(), 1u);
     const auto& grupos = cv.qto.ventanasPendientes[0].grupos;
-    auto buscar = [&](const std::string& tipo) -> const GrupoQTO* {
-        for (const GrupoQTO& g : grupos)
-            if (g.tipoIFC == tipo) return &g;
-        return nullptr;
-    };
     // The house is 12 x 10 m: 13 walls, 4 slabs (the two roof planes among
     // them, measured by their enclosing boxes) and 11 windows in the IFC
     // text, each class in its group with the discipline's name and weight.
@@ -464,8 +441,9 @@ TEST(MotorQTO, muestraFZKPorElConversorReal) {
                                             {"IFCSLAB", "Losa", 4, 2400},
                                             {"IFCWINDOW", "Ventana", 11, 100}}) {
         SCOPED_TRACE(c.tipo);
-        const GrupoQTO* g = buscar(c.tipo);
-        ASSERT_NE(g, nullptr);
+        const auto g =
+            std::find_if(grupos.begin(), grupos.end(), [&](const GrupoQTO& x) { return x.tipoIFC == c.tipo; });
+        ASSERT_NE(g, grupos.end());
         EXPECT_EQ(g->tipoNombre, c.nombre);
         EXPECT_EQ(g->especialidad, "Arquitectura");
         EXPECT_EQ(g->cantidad(), c.cantidad);
@@ -491,6 +469,5 @@ TEST(MotorQTO, muestraFZKPorElConversorReal) {
         EXPECT_NEAR(i->dz, e.dz, 0.01);
         EXPECT_NEAR(i->volumen(), e.volumen, e.volumen * 0.01);
         EXPECT_EQ(i->valor(std::string(claveTipoIFC)), e.tipo);
-        EXPECT_GT(i->propiedades.size(), 1u);
     }
 }

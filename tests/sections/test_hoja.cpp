@@ -70,18 +70,15 @@ TEST(HojaSeccion, encuadrar) {
     EXPECT_DOUBLE_EQ(h.panOffset.y, 1.0 * 125.0);
 
     // No width, no lines or no room: nothing changes.
-    const std::vector<std::vector<Segmento2D>> degeneradas = {{corte({1, 0}, {1, 5}), corte({1, 2}, {1, 9})}, {}};
-    for (const auto& lineas : degeneradas) {
-        EstadoHoja d = hoja();
-        d.segmentos = lineas;
+    EstadoHoja sinAncho = hoja(), sinLineas = hoja(), sinSitio = hoja();
+    sinAncho.segmentos = {corte({1, 0}, {1, 5}), corte({1, 2}, {1, 9})};
+    sinLineas.segmentos.clear();
+    sinSitio.ancho = 10;
+    for (EstadoHoja d : {sinAncho, sinLineas, sinSitio}) {
         d.encuadrar();
-        EXPECT_EQ(d.escala, 100.0);
-        EXPECT_EQ(d.panOffset, glm::dvec2(0));
+        EXPECT_EQ(d.escala, 100.0) << d.ancho << " " << d.segmentos.size();
+        EXPECT_EQ(d.panOffset, glm::dvec2(0)) << d.ancho << " " << d.segmentos.size();
     }
-    EstadoHoja pequena = hoja();
-    pequena.ancho = 10;
-    pequena.encuadrar();
-    EXPECT_EQ(pequena.escala, 100.0);
     // A tiny sheet fits beyond the zoom limit.
     EstadoHoja diminuta = hoja();
     diminuta.segmentos = {corte({0, 0}, {0.01f, 0.01f})};
@@ -155,11 +152,9 @@ TEST(HojaSeccion, arrastrarSeleccionarYBorrarCotas) {
     h.pulsar({500, 365}, 1, medidas);
     EXPECT_EQ(h.cotaDragId, "C1");
     // Dragging towards the measured line never brings it below 0.1 m.
-    const double pasos[][2] = {{500, 340}, {500, 250}};
-    const float esperados[] = {0.35f, 0.1f};
-    for (int i = 0; i < 2; ++i) {
-        h.arrastrar({pasos[i][0], pasos[i][1]});
-        EXPECT_NEAR(h.cotas[0].offsetLateral, esperados[i], 1e-6);
+    for (const auto [y, lateral] : {std::pair{340.0, 0.35f}, {250.0, 0.1f}}) {
+        h.arrastrar({500, y});
+        EXPECT_NEAR(h.cotas[0].offsetLateral, lateral, 1e-6) << y;
     }
     h.soltar();
     EXPECT_FALSE(h.cotaSeleccionadaId); // a drag does not select

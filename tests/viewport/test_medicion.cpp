@@ -40,9 +40,9 @@ struct Banco {
         cv.integrarModelo(std::move(m), "/x.ifc", "/no/existe.obj", std::string("ARQ"));
         cv.viewport.terminarAnimacion();
     }
-    std::size_t figurasEnEscena() const {
+    std::size_t figurasEnEscena(const char* prefijo = "_TESKAL_Medicion") const {
         std::size_t n = 0;
-        for (const auto& h : cv.scene.rootNode()->childNodes()) n += h->nombreEmpiezaCon("_TESKAL_Medicion");
+        for (const auto& h : cv.scene.rootNode()->childNodes()) n += h->nombreEmpiezaCon(prefijo);
         return n;
     }
     void clic(glm::vec3 donde) {
@@ -79,9 +79,8 @@ TEST(Medicion, AngulosYTextos) {
     EXPECT_EQ(textoDistancia(2.0), "2.000 m");
     EXPECT_EQ(lineasPunto({1.5f, -2, 0}), (std::vector<std::string>{"X  +1.5000 m", "Y  -2.0000 m", "Z  +0.0000 m"}));
     // The ring never falls below 0.05 m, and grows with the distance.
-    EXPECT_FLOAT_EQ(radioAnillo(0.0f), 0.05f);
-    EXPECT_FLOAT_EQ(radioAnillo(1.0f), 0.05f);
-    EXPECT_FLOAT_EQ(radioAnillo(100.0f), 1.2f);
+    for (const auto [distancia, radio] : {std::pair{0.0f, 0.05f}, {1.0f, 0.05f}, {100.0f, 1.2f}})
+        EXPECT_FLOAT_EQ(radioAnillo(distancia), radio) << distancia;
 }
 
 TEST(Medicion, AjusteAVerticeSoloEnLosPrimeros8000) {
@@ -96,10 +95,8 @@ TEST(Medicion, AjusteAVerticeSoloEnLosPrimeros8000) {
         const glm::vec3 v = g->vertices[static_cast<std::size_t>(i)];
         // 8.5 m along x is far from every one of the first 8000 (they end at 8 m).
         const auto p = ajustarVertice(*n, vistaDesdeArriba(pixel(base, v) + glm::vec2(0.4f, 0)));
-        EXPECT_EQ(p.has_value(), ajusta) << i;
-        if (p && ajusta) {
-            EXPECT_NEAR(p->x, v.x, 0.01f) << i;
-        }
+        ASSERT_EQ(p.has_value(), ajusta) << i;
+        if (p) EXPECT_NEAR(p->x, v.x, 0.01f) << i;
     }
     // More than 20 pixels from every vertex: no snap.
     EXPECT_FALSE(ajustarVertice(*n, vistaDesdeArriba(pixel(base, {1, 0.5f, 0}) + glm::vec2(0, 25))));
@@ -142,9 +139,10 @@ TEST(Medicion, IndiceDeRayos) {
     EXPECT_EQ(indice.elementos(), 3u); // two boxes and the floor
 }
 
-TEST(Medicion, HerramientasYFiguras) {
+TEST(Medicion, HerramientasFigurasYHover) {
     Banco b;
     auto& m = b.cv.medicion;
+    const glm::vec3 esquinas[] = {{0, 0, 1}, {2, 0, 1}, {2, 1, 1}};
     // Outside the model and the floor nothing is hit: the state does not advance.
     b.cv.pulsarModoMedicion(ModoMedicion3D::distancia);
     const glm::mat4 alCielo = glm::perspective(glm::radians(45.0f), 1.0f, 0.1f, 100.0f) *
@@ -168,7 +166,7 @@ TEST(Medicion, HerramientasYFiguras) {
     // Area: three corners, then closing clears the list and keeps the figure.
     b.cv.pulsarModoMedicion(ModoMedicion3D::area);
     EXPECT_EQ(b.figurasEnEscena(), 0u);
-    for (const glm::vec3 p : {glm::vec3(0, 0, 1), glm::vec3(2, 0, 1), glm::vec3(2, 1, 1)}) b.clic(p);
+    for (const glm::vec3 p : esquinas) b.clic(p);
     EXPECT_EQ(m.medicionPuntosArea.size(), 3u);
     b.cv.cerrarPoligono();
     EXPECT_TRUE(m.medicionPuntosArea.empty());
@@ -178,12 +176,12 @@ TEST(Medicion, HerramientasYFiguras) {
 
     // Angle: A, vertex, B, then the figure; a click on the vertex itself gives no arc.
     b.cv.pulsarModoMedicion(ModoMedicion3D::angulo);
-    for (const glm::vec3 p : {glm::vec3(0, 0, 1), glm::vec3(2, 0, 1), glm::vec3(2, 1, 1)}) b.clic(p);
+    for (const glm::vec3 p : esquinas) b.clic(p);
     ASSERT_TRUE(m.medicionPuntoC);
     const auto brazosYArco = m.nodosMedicion.back()->childNodes().size();
     EXPECT_EQ(brazosYArco, 2u + 28u + 1u); // two arms, 28 arc steps, the label
     b.cv.limpiarMedicion();
-    for (const glm::vec3 p : {glm::vec3(0, 0, 1), glm::vec3(2, 0, 1), glm::vec3(2, 0, 1)}) b.cv.registrarPunto(p);
+    for (const glm::vec3 p : {esquinas[0], esquinas[1], esquinas[1]}) b.cv.registrarPunto(p);
     EXPECT_EQ(m.nodosMedicion.back()->childNodes().size(), 1u); // one arm; no arc, no label
 
     // Point: each click replaces the last.
@@ -196,11 +194,8 @@ TEST(Medicion, HerramientasYFiguras) {
     EXPECT_EQ(m.modoMedicion3D, ModoMedicion3D::inactivo);
     EXPECT_EQ(b.figurasEnEscena(), 0u);
     EXPECT_FALSE(m.medicionPuntoA);
-}
 
-TEST(Medicion, HoverAnilloYBandaElastica) {
-    Banco b;
-    auto& m = b.cv.medicion;
+    // Hovering with the distance tool.
     const VistaRaton base = vistaDesdeArriba({});
     b.cv.pulsarModoMedicion(ModoMedicion3D::distancia);
     // Over a corner: the ring, at least 0.05 m, and no band before A.
@@ -217,10 +212,8 @@ TEST(Medicion, HoverAnilloYBandaElastica) {
     EXPECT_EQ(m.nodoLineaPreview->parent(), b.cv.scene.rootNode());
     // One hover node of each kind at a time; leaving the tool removes them.
     b.cv.moverRatonMedicion(vistaDesdeArriba(pixel(base, {1, 0.6f, 1})));
-    std::size_t bandas = 0;
-    for (const auto& h : b.cv.scene.rootNode()->childNodes()) bandas += h->nombreEmpiezaCon("_TESKAL_MedicionPreview");
-    EXPECT_EQ(bandas, 1u);
+    EXPECT_EQ(b.figurasEnEscena("_TESKAL_MedicionPreview"), 1u);
     b.cv.pulsarModoMedicion(ModoMedicion3D::distancia);
     EXPECT_FALSE(m.nodoLineaPreview);
-    EXPECT_FALSE(m.nodoLineaPreview ? m.nodoLineaPreview->parent() : nullptr);
+    EXPECT_EQ(b.figurasEnEscena("_TESKAL_MedicionPreview"), 0u);
 }
