@@ -4,8 +4,11 @@
 #include "federation/TablaEntidadesIFC.h"
 #include "federation/TextoSTEP.h"
 
+#include "scene/Paralelo.h"
+
 #include <algorithm>
 #include <optional>
+#include <span>
 #include <stdexcept>
 
 namespace teskal {
@@ -69,6 +72,26 @@ void precargarLista(const std::vector<EntidadIFC>& entidades,
 
 using Pares = std::vector<std::pair<std::string, std::string>>;
 
+// The buffers that one reading of relations reuses; one per thread.
+struct Buferes {
+    std::vector<std::string_view> args;
+    std::vector<std::int64_t> relacionados;
+    std::vector<std::int64_t> referencias;
+    std::vector<const EntidadIFC*> propiedades;
+    std::vector<PropiedadesElemento*> destinos;
+};
+
+// What a run of consecutive property relations gives, read on any thread
+// and applied to the entries in file order: per relation, its pairs and the
+// entries they go to, as ends into the flat lists.
+struct LoteRelaciones {
+    Pares pares;
+    std::vector<std::uint32_t> finPares;
+    std::vector<PropiedadesElemento*> destinos;
+    std::vector<std::uint32_t> finDestinos;
+    std::vector<std::pair<std::uint32_t, std::int64_t>> definicionesDeTipo; // as definicionesDeTipo_
+};
+
 // The entries that one element feeds: by its Name and by its GlobalId; none
 // where that text is empty.
 struct Entradas {
@@ -92,9 +115,12 @@ private:
     void compartir();
     // Appends the (key, value) pairs of a property set's single values or of
     // a quantity set's quantities; nothing for any other definition.
-    void leerDefinicion(std::int64_t id, Pares& pares);
-    // The entries of the related objects that are products.
-    void destinosDe(std::string_view relacionados);
+    void leerDefinicion(std::int64_t id, Pares& pares, Buferes& b) const;
+    // The entries of the related objects that are products, into b.destinos.
+    void destinosDe(std::string_view relacionados, Buferes& b) const;
+    // Reads the property relations [inicio, fin) of relaciones_.
+    void leerLote(std::size_t inicio, std::size_t fin, LoteRelaciones& lote, Buferes& b) const;
+    void aplicar(LoteRelaciones& lote);
 
     const TablaEntidadesIFC tabla_;
     const bool conGlobalId_;
@@ -108,10 +134,7 @@ private:
     std::vector<std::pair<std::uint32_t, std::int64_t>> definicionesDeTipo_;
 
     std::vector<std::string_view> args_;
-    std::vector<std::int64_t> relacionados_;
-    std::vector<std::int64_t> referencias_;
-    std::vector<const EntidadIFC*> propiedades_;
-    std::vector<PropiedadesElemento*> destinos_;
+    Buferes buferes_;
 };
 
 IndiceIFC LectorIndice::leer() {
@@ -144,15 +167,28 @@ void LectorIndice::leerProductos() {
 
     // The entries each product feeds are remembered by entity, so the
     // relation passes read each product's Name and GlobalId once.
+    // Names and GlobalIds are read on every core, then entered in file order.
+    std::vector<std::string> nombres(productos.size());
+    std::vector<std::string> gids(conGlobalId_ ? productos.size() : 0);
+    std::vector<char> leidos(productos.size(), 0); // with the 3 arguments read
+    enParalelo(productos.size(), 4096, [&](std::size_t inicio, std::size_t fin) {
+        std::vector<std::string_view> args;
+        for (std::size_t k = inicio; k < fin; ++k) {
+            if (k + distanciaPrecarga < fin) precargarArgumentos(entidades[productos[k + distanciaPrecarga]]);
+            separarArgumentosSTEP(entidades[productos[k]].args, args, 3);
+            if (args.size() < 3) continue;
+            leidos[k] = 1;
+            nombres[k] = limpiarTextoSTEP(args[2]);
+            if (conGlobalId_) gids[k] = limpiarTextoSTEP(args[0]);
+        }
+    });
     std::vector<std::pair<PropiedadesElemento*, std::uint32_t>> conNombre; // entry by Name, product
     for (std::size_t k = 0; k < productos.size(); ++k) {
-        precargarLista(entidades, productos, k);
+        if (!leidos[k]) continue;
         const std::size_t i = productos[k];
         const EntidadIFC& e = entidades[i];
-        separarArgumentosSTEP(e.args, args_, 3);
-        if (args_.size() < 3) continue;
         const std::string_view tipo = nombreProductoIFC(e.producto);
-        std::string nombre = limpiarTextoSTEP(args_[2]);
+        std::string& nombre = nombres[k];
         if (!nombre.empty()) {
             PropiedadesElemento& entrada = indice_.porNombre[std::move(nombre)];
             entrada.insert_or_assign(std::string(claveTipoIFC), std::string(tipo));
@@ -160,8 +196,7 @@ void LectorIndice::leerProductos() {
             conNombre.emplace_back(&entrada, static_cast<std::uint32_t>(i));
         }
         if (!conGlobalId_) continue;
-        gids_.emplace_back(limpiarTextoSTEP(args_[0]), static_cast<std::uint32_t>(i));
-        if (gids_.back().first.empty()) gids_.pop_back();
+        if (!gids[k].empty()) gids_.emplace_back(std::move(gids[k]), static_cast<std::uint32_t>(i));
     }
     if (!conGlobalId_) return;
 
@@ -193,7 +228,7 @@ void LectorIndice::compartir() {
     }
 }
 
-void LectorIndice::leerDefinicion(std::int64_t id, Pares& pares) {
+void LectorIndice::leerDefinicion(std::int64_t id, Pares& pares, Buferes& b) const {
     const EntidadIFC* definicion = tabla_.buscar(id);
     if (!definicion) return;
     // A property set lists its properties fifth, a quantity set its
@@ -209,14 +244,14 @@ void LectorIndice::leerDefinicion(std::int64_t id, Pares& pares) {
     } else {
         return;
     }
-    separarArgumentosSTEP(definicion->args, args_, lista + 1);
-    if (args_.size() < lista + 1) return;
-    const std::string nombreSet = limpiarTextoSTEP(args_[2]);
-    leerListaReferencias(args_[lista], referencias_);
+    separarArgumentosSTEP(definicion->args, b.args, lista + 1);
+    if (b.args.size() < lista + 1) return;
+    const std::string nombreSet = limpiarTextoSTEP(b.args[2]);
+    leerListaReferencias(b.args[lista], b.referencias);
 
     // The properties first, so that their texts are fetched together.
-    propiedades_.clear();
-    for (const std::int64_t ref : referencias_) {
+    b.propiedades.clear();
+    for (const std::int64_t ref : b.referencias) {
         const EntidadIFC* prop = tabla_.buscar(ref);
         if (!prop) continue;
         const bool leida = definicion->tipo == TipoIFC::PropertySet
@@ -224,68 +259,98 @@ void LectorIndice::leerDefinicion(std::int64_t id, Pares& pares) {
                                : esCantidad(prop->tipo);
         if (!leida) continue;
         precargarArgumentos(*prop);
-        propiedades_.push_back(prop);
+        b.propiedades.push_back(prop);
     }
-    for (const EntidadIFC* prop : propiedades_) {
-        separarArgumentosSTEP(prop->args, args_, valor + 1);
-        if (args_.size() < valor + 1) continue;
-        std::string nombre = limpiarTextoSTEP(args_[0]);
+    for (const EntidadIFC* prop : b.propiedades) {
+        separarArgumentosSTEP(prop->args, b.args, valor + 1);
+        if (b.args.size() < valor + 1) continue;
+        std::string nombre = limpiarTextoSTEP(b.args[0]);
         if (nombre.empty()) continue;
         std::string clave;
         clave.reserve(nombreSet.size() + separadorPropiedad.size() + nombre.size());
         clave.append(nombreSet).append(separadorPropiedad).append(nombre);
-        pares.emplace_back(std::move(clave), leerValorNominal(args_[valor]));
+        pares.emplace_back(std::move(clave), leerValorNominal(b.args[valor]));
     }
 }
 
-void LectorIndice::destinosDe(std::string_view relacionados) {
-    leerListaReferencias(relacionados, relacionados_);
-    destinos_.clear();
+void LectorIndice::destinosDe(std::string_view relacionados, Buferes& b) const {
+    leerListaReferencias(relacionados, b.relacionados);
+    b.destinos.clear();
     const auto& entidades = tabla_.entidades();
-    for (const std::int64_t ref : relacionados_) {
+    for (const std::int64_t ref : b.relacionados) {
         const EntidadIFC* objeto = tabla_.buscar(ref);
         if (!objeto || !objeto->esProducto()) continue;
         // None where the product has fewer than 3 arguments or an empty text.
         const Entradas& e = entradaDe_[static_cast<std::size_t>(objeto - entidades.data())];
-        if (e.porNombre) destinos_.push_back(e.porNombre);
-        if (e.porGlobalId) destinos_.push_back(e.porGlobalId);
+        if (e.porNombre) b.destinos.push_back(e.porNombre);
+        if (e.porGlobalId) b.destinos.push_back(e.porGlobalId);
     }
 }
 
-void LectorIndice::leerRelacionesPropias() {
+void LectorIndice::leerLote(std::size_t inicio, std::size_t fin, LoteRelaciones& lote, Buferes& b) const {
     const auto& entidades = tabla_.entidades();
     const bool hayTipos = !relacionesTipo_.empty();
-    Pares pares;
-    for (std::size_t k = 0; k < relaciones_.size(); ++k) {
+    for (std::size_t k = inicio; k < fin; ++k) {
         precargarLista(entidades, relaciones_, k);
         const EntidadIFC& rel = entidades[relaciones_[k]];
-        separarArgumentosSTEP(rel.args, args_, 6);
-        if (args_.size() < 6) continue;
-        const std::string_view relacionados = args_[4];
-        const auto definicion = leerReferencia(args_[5]);
+        separarArgumentosSTEP(rel.args, b.args, 6);
+        if (b.args.size() < 6) continue;
+        const std::string_view relacionados = b.args[4];
+        const auto definicion = leerReferencia(b.args[5]);
         if (!definicion) continue;
         if (hayTipos) {
             // A definition related to type objects applies to their elements.
-            leerListaReferencias(relacionados, relacionados_);
-            for (const std::int64_t ref : relacionados_) {
+            leerListaReferencias(relacionados, b.relacionados);
+            for (const std::int64_t ref : b.relacionados) {
                 const EntidadIFC* objeto = tabla_.buscar(ref);
                 if (objeto && objeto->tipo == TipoIFC::ObjetoTipo)
-                    definicionesDeTipo_.emplace_back(
-                        static_cast<std::uint32_t>(objeto - entidades.data()), *definicion);
+                    lote.definicionesDeTipo.emplace_back(static_cast<std::uint32_t>(objeto - entidades.data()),
+                                                         *definicion);
             }
         }
-        pares.clear();
-        leerDefinicion(*definicion, pares);
-        if (pares.empty()) continue;
-        destinosDe(relacionados);
-        for (PropiedadesElemento* destino : destinos_) destino->reserve(destino->size() + pares.size());
-        // Every entry but the last gets copies; the last takes the pairs.
-        for (std::size_t d = 0; d + 1 < destinos_.size(); ++d)
-            for (const auto& [clave, valor] : pares) destinos_[d]->insert_or_assign(clave, valor);
-        if (!destinos_.empty())
-            for (auto& [clave, valor] : pares)
-                destinos_.back()->insert_or_assign(std::move(clave), std::move(valor));
+        const std::size_t antes = lote.pares.size();
+        leerDefinicion(*definicion, lote.pares, b);
+        if (lote.pares.size() == antes) continue;
+        destinosDe(relacionados, b);
+        lote.destinos.insert(lote.destinos.end(), b.destinos.begin(), b.destinos.end());
+        lote.finPares.push_back(static_cast<std::uint32_t>(lote.pares.size()));
+        lote.finDestinos.push_back(static_cast<std::uint32_t>(lote.destinos.size()));
     }
+}
+
+void LectorIndice::aplicar(LoteRelaciones& lote) {
+    definicionesDeTipo_.insert(definicionesDeTipo_.end(), lote.definicionesDeTipo.begin(),
+                               lote.definicionesDeTipo.end());
+    std::size_t desdePar = 0, desdeDestino = 0;
+    for (std::size_t r = 0; r < lote.finPares.size(); ++r) {
+        const auto pares = std::span(lote.pares).subspan(desdePar, lote.finPares[r] - desdePar);
+        const auto destinos = std::span(lote.destinos).subspan(desdeDestino, lote.finDestinos[r] - desdeDestino);
+        desdePar = lote.finPares[r];
+        desdeDestino = lote.finDestinos[r];
+        for (PropiedadesElemento* destino : destinos) destino->reserve(destino->size() + pares.size());
+        // Every entry but the last gets copies; the last takes the pairs.
+        for (std::size_t d = 0; d + 1 < destinos.size(); ++d)
+            for (const auto& [clave, valor] : pares) destinos[d]->insert_or_assign(clave, valor);
+        if (!destinos.empty())
+            for (auto& [clave, valor] : pares) destinos.back()->insert_or_assign(std::move(clave), std::move(valor));
+    }
+    lote = {};
+}
+
+void LectorIndice::leerRelacionesPropias() {
+    // Runs of relations are read on every core; each run is applied to the
+    // entries as soon as it and every run before it are read, by whichever
+    // thread finds it so, so that values overwrite in file order.
+    constexpr std::size_t porcion = 1024;
+    const std::size_t lotes = (relaciones_.size() + porcion - 1) / porcion;
+    std::vector<LoteRelaciones> leidos(lotes);
+    enParaleloEnOrden(
+        lotes,
+        [&](std::size_t l) {
+            Buferes b;
+            leerLote(l * porcion, std::min(relaciones_.size(), (l + 1) * porcion), leidos[l], b);
+        },
+        [&](std::size_t l) { aplicar(leidos[l]); });
 }
 
 void LectorIndice::leerRelacionesDeTipo() {
@@ -315,10 +380,10 @@ void LectorIndice::leerRelacionesDeTipo() {
             definiciones.push_back(it->second);
 
         pares.clear();
-        for (const std::int64_t d : definiciones) leerDefinicion(d, pares);
+        for (const std::int64_t d : definiciones) leerDefinicion(d, pares, buferes_);
         if (pares.empty()) continue;
-        destinosDe(relacionados);
-        for (PropiedadesElemento* destino : destinos_) {
+        destinosDe(relacionados, buferes_);
+        for (PropiedadesElemento* destino : buferes_.destinos) {
             destino->reserve(destino->size() + pares.size());
             for (const auto& [clave, valor] : pares) destino->try_emplace(clave, valor);
         }

@@ -6,6 +6,7 @@
 #include <deque>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <type_traits>
 #include <unordered_map>
 #include <vector>
@@ -39,7 +40,10 @@ struct HashNumeroIFC {
 // into the scanned text, or into the table for statements that spanned lines.
 class TablaEntidadesIFC {
 public:
-    template <class Conservar> TablaEntidadesIFC(std::string_view texto, Conservar conservar);
+    // A text of `minimoParaDividir` bytes or more is read in two parts at
+    // once; the table is the same either way.
+    template <class Conservar>
+    TablaEntidadesIFC(std::string_view texto, Conservar conservar, std::size_t minimoParaDividir = 8u << 20);
 
     // Kept entities in file order, replaced ones included: see vigente().
     const std::vector<EntidadIFC>& entidades() const { return entidades_; }
@@ -65,6 +69,7 @@ private:
     std::size_t limiteDenso_ = 0;
     std::unordered_map<std::int64_t, std::int32_t, HashNumeroIFC> disperso_;
     std::deque<std::string> unidas_; // kept statements that spanned lines
+    std::deque<std::string> unidasSegunda_; // the same, of a second part read at once
 };
 
 } // namespace teskal
@@ -74,37 +79,88 @@ private:
 namespace teskal {
 
 template <class Conservar>
-TablaEntidadesIFC::TablaEntidadesIFC(std::string_view texto, Conservar conservar) {
+TablaEntidadesIFC::TablaEntidadesIFC(std::string_view texto, Conservar conservar, std::size_t minimoParaDividir) {
     // Real files number their statements densely from 1; a number beyond this
     // goes to the sparse map so that a stray huge number costs no memory.
     limiteDenso_ = texto.size() / 4 + 1024;
-    PartesEntidad partes;
-    ClasificadorTiposIFC clasificar;
-    recorrerSentenciasSTEP(texto, [&](std::string_view sentencia, bool estable) {
-        if (!partirEntidadSTEP(sentencia, partes)) return;
-        const auto id = leerEntero(recortar(partes.numero));
-        if (!id) return;
-        const ClaseIFC clase = clasificar(partes.tipo);
-        bool conservada;
-        if constexpr (std::is_invocable_v<Conservar&, const ClaseIFC&>)
-            conservada = conservar(clase);
-        else
-            conservada = clase.tipo != TipoIFC::Otro && conservar(clase.tipo);
-        if (!conservada) {
-            registrar(*id, -1);
-            return;
+
+    // One statement read: its number claimed, and the entity kept when the
+    // reader asks for its type. `anotar(id, entidad)` records it, the entity
+    // null when it is not kept; arguments outside the text go to `unidas`.
+    const auto leer = [&conservar](LectorSentenciasSTEP& lector, std::deque<std::string>& unidas, auto anotar) {
+        PartesEntidad partes;
+        ClasificadorTiposIFC clasificar;
+        std::string_view sentencia;
+        bool estable = true;
+        while (lector.siguiente(sentencia, estable)) {
+            if (!partirEntidadSTEP(sentencia, partes)) continue;
+            const auto id = leerEntero(recortar(partes.numero));
+            if (!id) continue;
+            const ClaseIFC clase = clasificar(partes.tipo);
+            bool conservada;
+            if constexpr (std::is_invocable_v<Conservar&, const ClaseIFC&>)
+                conservada = conservar(clase);
+            else
+                conservada = clase.tipo != TipoIFC::Otro && conservar(clase.tipo);
+            if (!conservada) {
+                anotar(*id, nullptr);
+                continue;
+            }
+            std::string_view args = partes.args;
+            if (!estable) {
+                // Re-anchor the arguments in a copy that outlives the scan buffer.
+                const std::size_t desde = static_cast<std::size_t>(args.data() - sentencia.data());
+                unidas.emplace_back(sentencia);
+                args = std::string_view(unidas.back()).substr(desde, args.size());
+            }
+            const EntidadIFC e{*id, args, clase.tipo, clase.producto};
+            anotar(*id, &e);
         }
-        if (entidades_.size() >= static_cast<std::size_t>(INT32_MAX)) return;
-        std::string_view args = partes.args;
-        if (!estable) {
-            // Re-anchor the arguments in a copy that outlives the scan buffer.
-            const std::size_t desde = static_cast<std::size_t>(args.data() - sentencia.data());
-            unidas_.emplace_back(sentencia);
-            args = std::string_view(unidas_.back()).substr(desde, args.size());
+    };
+    const auto anotarAqui = [this](std::int64_t id, const EntidadIFC* e) {
+        if (!e) {
+            registrar(id, -1);
+        } else if (entidades_.size() < static_cast<std::size_t>(INT32_MAX)) {
+            registrar(id, static_cast<std::int32_t>(entidades_.size()));
+            entidades_.push_back(*e);
         }
-        registrar(*id, static_cast<std::int32_t>(entidades_.size()));
-        entidades_.push_back({*id, args, clase.tipo, clase.producto});
+    };
+
+    // A large text is read in two parts at once: the second part from a
+    // likely statement start near the middle, on a thread of its own, into
+    // lists of its own; the first part straight into the table. When the
+    // first part's reader ends exactly there, the second part's lists are
+    // appended in order; when a statement ran across it (the ";" was inside
+    // a string or a comment), the second part is thrown away and the first
+    // reader goes on to the end.
+    const std::size_t corte = texto.size() >= minimoParaDividir && std::thread::hardware_concurrency() >= 2
+                                  ? puntoDeCorteSTEP(texto)
+                                  : std::string_view::npos;
+    LectorSentenciasSTEP lector(texto);
+    if (corte == std::string_view::npos) {
+        leer(lector, unidas_, anotarAqui);
+        return;
+    }
+    std::vector<EntidadIFC> entidadesSegunda;
+    std::vector<std::pair<std::int64_t, std::int32_t>> numerosSegunda; // number, entity or -1, in order
+    std::thread segunda([&] {
+        LectorSentenciasSTEP lectorSegunda(texto.substr(corte));
+        leer(lectorSegunda, unidasSegunda_, [&](std::int64_t id, const EntidadIFC* e) {
+            numerosSegunda.emplace_back(id, e ? static_cast<std::int32_t>(entidadesSegunda.size()) : -1);
+            if (e) entidadesSegunda.push_back(*e);
+        });
     });
+    lector.detenerEn(texto.data() + corte);
+    leer(lector, unidas_, anotarAqui);
+    const bool justo = lector.posicion() == texto.data() + corte;
+    segunda.join();
+    if (!justo) {
+        unidasSegunda_.clear();
+        lector.detenerEn(texto.data() + texto.size());
+        leer(lector, unidas_, anotarAqui);
+        return;
+    }
+    for (const auto& [id, k] : numerosSegunda) anotarAqui(id, k < 0 ? nullptr : &entidadesSegunda[static_cast<std::size_t>(k)]);
 }
 
 } // namespace teskal

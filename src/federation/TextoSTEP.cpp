@@ -682,6 +682,7 @@ bool LectorSentenciasSTEP::buscarEnBloques(const char* inicio, bool comentario, 
 
 bool LectorSentenciasSTEP::siguiente(std::string_view& sentencia, bool& estable) {
     for (;;) {
+        if (p_ >= alto_) return false;
         bool comentario = false;
         const char* const inicio = saltarSeparadores(p_, fin_, comentario);
         if (inicio >= fin_) {
@@ -739,6 +740,18 @@ bool LectorSentenciasSTEP::siguiente(std::string_view& sentencia, bool& estable)
         estable = false;
         return true;
     }
+}
+
+std::size_t puntoDeCorteSTEP(std::string_view texto) {
+    constexpr std::size_t alcance = 1 << 20; // how far past the middle to look
+    const std::size_t hasta = std::min(texto.size(), texto.size() / 2 + alcance);
+    for (std::size_t i = texto.size() / 2; i < hasta; ++i) {
+        if (texto[i] != ';') continue;
+        std::size_t j = i + 1;
+        while (j < texto.size() && (texto[j] == ' ' || texto[j] == '\t' || texto[j] == '\r' || texto[j] == '\n')) ++j;
+        if (j < texto.size() && texto[j] == '#') return i + 1;
+    }
+    return std::string_view::npos;
 }
 
 } // namespace teskal

@@ -82,6 +82,12 @@ public:
     // the next call overwrites.
     bool siguiente(std::string_view& sentencia, bool& estable);
 
+    // Stops the reading at `alto`: siguiente gives no statement that begins
+    // at or after it. Where the reader stands after the last statement it
+    // gave tells whether a statement ran across `alto`.
+    void detenerEn(const char* alto) { alto_ = alto; }
+    const char* posicion() const { return p_; }
+
 private:
     // Reads the 64 bytes at base, whose first byte is inside a string or not.
     void cargarBloque(const char* base, bool enTexto);
@@ -92,6 +98,7 @@ private:
 
     const char* p_;
     const char* fin_;
+    const char* alto_ = fin_;
     bool avx2_; // the processor reads 32 bytes at a time
     // The block of 64 bytes last read: the ";" outside strings in it, its
     // line ends and "/" outside strings, and whether it ends inside a string.
@@ -101,6 +108,12 @@ private:
     bool enTextoAlFinal_ = false;
     std::string unida_; // the last statement that had to be rejoined
 };
+
+// Where a large text can be read in two parts at once: just after a ";"
+// near its middle that a "#" follows (blanks and line ends between), the
+// likely start of a statement; npos when there is none near. The reader of
+// the first part checks that it really is one (see detenerEn).
+std::size_t puntoDeCorteSTEP(std::string_view texto);
 
 // Calls visitar(sentencia, estable) for every statement that
 // LectorSentenciasSTEP finds, in file order.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -30,6 +31,34 @@ template <class Trabajo> void enParalelo(std::size_t n, std::size_t porcion, con
     for (std::size_t h = 1; h < hilos; ++h) ayudantes.emplace_back(tomar);
     tomar();
     for (std::thread& t : ayudantes) t.join();
+}
+
+// Runs `leer(i)` for i in [0, n) on every core, and `aplicar(i)` for each i
+// in order, one at a time: as soon as i and every item before it are read,
+// by whichever thread finds it so. For work whose reading can be shared but
+// whose results must land in order (values that overwrite one another).
+template <class Leer, class Aplicar> void enParaleloEnOrden(std::size_t n, const Leer& leer, const Aplicar& aplicar) {
+    std::vector<char> leidos(n, 0);
+    std::mutex turno;
+    std::size_t siguiente = 0; // the next item to apply
+    bool aplicando = false;
+    enParalelo(n, 1, [&](std::size_t primero, std::size_t fin) {
+        for (std::size_t i = primero; i < fin; ++i) {
+            leer(i);
+            std::unique_lock cerrojo(turno);
+            leidos[i] = 1;
+            if (aplicando) continue; // the thread applying will come to it
+            aplicando = true;
+            while (siguiente < n && leidos[siguiente]) {
+                const std::size_t a = siguiente;
+                cerrojo.unlock();
+                aplicar(a);
+                cerrojo.lock();
+                ++siguiente;
+            }
+            aplicando = false;
+        }
+    });
 }
 
 } // namespace teskal

@@ -315,6 +315,26 @@ TEST(PropiedadesIFC, ATypeObjectsSetsApplyToItsElementsAndTheirOwnValueWins) {
     EXPECT_EQ(r2.at("Muro B").at(clave("Pset_WallCommon", "FireRating")), "EI 60");
 }
 
+TEST(PropiedadesIFC, ThousandsOfRelationsApplyInFileOrder) {
+    // More relations than one run of the relation pass reads, so that runs
+    // are read on several threads: each sets the wall's "Orden" and a
+    // property of its own. The last "Orden" stands and nothing is lost.
+    std::string datos = "#1=IFCWALL('0aaaaaaaaaaaaaaaaaaaaa',#5,'Muro',$,$,$,$,$);\n";
+    const int n = 5000;
+    for (int k = 1; k <= n; ++k) {
+        const auto id = [&](int d) { return "#" + std::to_string(10 * k + d); };
+        datos += id(0) + "=IFCPROPERTYSINGLEVALUE('Orden',$,IFCINTEGER(" + std::to_string(k) + "),$);\n" +
+                 id(1) + "=IFCPROPERTYSINGLEVALUE('Propia " + std::to_string(k) + "',$,IFCLABEL('x'),$);\n" +
+                 id(2) + "=IFCPROPERTYSET('1abcdefghijklmnopqrstu',#5,'P',$,(" + id(0) + "," + id(1) + "));\n" +
+                 id(3) + "=IFCRELDEFINESBYPROPERTIES('2abcdefghijklmnopqrstu',#5,$,$,(#1)," + id(2) + ");\n";
+    }
+    const IndiceIFC r = leerIndiceIFCTexto(archivoIFC(datos));
+    const PropiedadesElemento& muro = r.porNombre.at("Muro");
+    EXPECT_EQ(muro.at(clave("P", "Orden")), std::to_string(n));
+    EXPECT_EQ(muro.size(), std::size_t(n + 2));
+    EXPECT_EQ(r.porGlobalId.at("0aaaaaaaaaaaaaaaaaaaaa"), muro);
+}
+
 TEST(PropiedadesIFC, ReinforcingBarsAndDiscreteAccessoriesHaveTheirProperties) {
     const IndiceIFC r = leerIndiceIFCTexto(archivoIFC(R"IFC(
 #12=IFCREINFORCINGBAR('0aaaaaaaaaaaaaaaaaaaaa',#5,'Barra \S\X8 12',$,$,$,$,$,'B500S',0.012,1.13E-4,6.,.MAIN.,.RIBBED.);

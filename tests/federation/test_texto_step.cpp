@@ -1,5 +1,6 @@
 // The STEP text helpers shared by the three readers of the IFC text index,
 // and the blank-and-tab trim they all rely on.
+#include "federation/TablaEntidadesIFC.h"
 #include "federation/TextoSTEP.h"
 #include "federation/TextoUTF8.h"
 
@@ -269,4 +270,42 @@ TEST(LectorSentenciasSTEP, OnlyRejoinedStatementsLiveInTheBuffer) {
         EXPECT_EQ(dentro, estable) << s;
     });
     EXPECT_EQ(estables, (std::vector<bool>{true, false, true}));
+}
+
+// A text read in two parts at once gives the table it gives read whole: where
+// the middle falls between statements, inside a string or a comment that
+// holds a likely statement start, and where the second part takes a number
+// back from the first.
+TEST(TablaEntidadesIFC, TwoPartsGiveTheTableOfOneReading) {
+    const auto relleno = [](int desde, int n) {
+        std::string r;
+        for (int i = desde; i < desde + n; ++i)
+            r += "#" + std::to_string(i) + "=IFCWALL('M" + std::to_string(i) + "',$);\n";
+        return r;
+    };
+    std::string trampa; // a likely statement start inside a string
+    for (int i = 0; i < 40; ++i) trampa += "x;\n#3=IFCSLAB('falsa');";
+    const std::string casos[] = {
+        relleno(1, 40) + relleno(100, 40),
+        "#1=IFCWALL('" + trampa + "');\n#2=IFCSLAB('b');",
+        "#1=IFCWALL('a');/*" + trampa + "*/#2=IFCSLAB('b');",
+        // #5 is a wall in the first half, a point (not kept) in the second;
+        // #7 is rejoined over lines in the second half.
+        "#5=IFCWALL('a');\n" + relleno(10, 60) + "#5=IFCCARTESIANPOINT((0.,0.,0.));\n#7=IFCSLAB('x',\n'y');",
+        "#1=IFCWALL('a');" + relleno(10, 30).substr(0, 200) + "#9=IFCSLAB('sin fin'",
+    };
+    const auto productos = [](const ClaseIFC& c) { return c.esProducto(); };
+    for (const std::string& texto : casos) {
+        const TablaEntidadesIFC entera(texto, productos, SIZE_MAX);
+        const TablaEntidadesIFC partida(texto, productos, 0);
+        ASSERT_EQ(partida.entidades().size(), entera.entidades().size()) << texto;
+        for (std::size_t i = 0; i < entera.entidades().size(); ++i) {
+            const EntidadIFC& a = entera.entidades()[i];
+            const EntidadIFC& b = partida.entidades()[i];
+            EXPECT_EQ(std::tie(a.id, a.args, a.tipo), std::tie(b.id, b.args, b.tipo)) << texto;
+            EXPECT_EQ(entera.vigente(i), partida.vigente(i)) << a.id;
+        }
+        for (std::int64_t id = 0; id < 200; ++id)
+            EXPECT_EQ(entera.buscar(id) != nullptr, partida.buscar(id) != nullptr) << id << " in " << texto;
+    }
 }
