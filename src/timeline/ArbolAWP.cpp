@@ -98,20 +98,29 @@ std::optional<int> desviacionFinDias(const PaqueteAWP& p) {
 ArbolAWP::ArbolAWP(const TimeLinerConfig& config) : config_(config) {
     inicioMs_.reserve(config.paquetes.size());
     finMs_.reserve(config.paquetes.size());
+    const std::size_t n = config.paquetes.size();
     for (const PaqueteAWP& p : config.paquetes) {
         inicioMs_.push_back(msDe(p.fechaInicio));
         finMs_.push_back(msDe(p.fechaFin));
         if (p.nivel == NivelAWP::cwa) cwas_.push_back(&p);
+    }
+    std::stable_sort(cwas_.begin(), cwas_.end(),
+                     [](const PaqueteAWP* a, const PaqueteAWP* b) { return a->codigo < b->codigo; });
+    // Every package once by start, equal starts in the config's order: the
+    // lists filled in that order come out sorted, with no sort of their own.
+    std::vector<std::pair<qint64, std::uint32_t>> orden;
+    orden.reserve(n);
+    for (std::size_t i = 0; i < n; ++i) orden.emplace_back(inicioMs_[i], static_cast<std::uint32_t>(i));
+    std::sort(orden.begin(), orden.end());
+    rango_.resize(n);
+    for (std::size_t k = 0; k < n; ++k) {
+        const std::uint32_t i = orden[k].second;
+        rango_[i] = static_cast<std::uint32_t>(k);
+        const PaqueteAWP& p = config.paquetes[i];
         if (p.nivel == NivelAWP::iwp) iwps_.push_back(&p);
         auto& listas = p.parentCodigo ? porPadre_[*p.parentCodigo] : sinPadre_;
         listas[indice(p.nivel)].push_back(&p);
     }
-    std::stable_sort(cwas_.begin(), cwas_.end(),
-                     [](const PaqueteAWP* a, const PaqueteAWP* b) { return a->codigo < b->codigo; });
-    porInicio(iwps_);
-    for (auto& [codigo, listas] : porPadre_)
-        for (Lista& l : listas) porInicio(l);
-    for (Lista& l : sinPadre_) porInicio(l);
     for (const PaqueteAWP* cwa : cwas_)
         if (!iwpsPorCWA_.contains(cwa->codigo)) iwpsPorCWA_.emplace(cwa->codigo, reunirIWPs(cwa->codigo));
 }
@@ -133,13 +142,11 @@ qint64 ArbolAWP::finMs(const PaqueteAWP& p) const {
 }
 
 void ArbolAWP::porInicio(Lista& l) const {
-    // Packages of the config lie in one array in its order: their addresses
-    // break the ties as a stable sort would.
+    // By each package's place in the order by start, whose ties are in the
+    // config's order, as a stable sort would leave them.
     const PaqueteAWP* base = config_.paquetes.data();
     std::sort(l.begin(), l.end(), [&](const PaqueteAWP* a, const PaqueteAWP* b) {
-        const qint64 ia = inicioMs_[static_cast<std::size_t>(a - base)];
-        const qint64 ib = inicioMs_[static_cast<std::size_t>(b - base)];
-        return ia != ib ? ia < ib : a < b;
+        return rango_[static_cast<std::size_t>(a - base)] < rango_[static_cast<std::size_t>(b - base)];
     });
 }
 

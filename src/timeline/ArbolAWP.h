@@ -119,6 +119,7 @@ private:
 
     const TimeLinerConfig& config_;
     std::vector<qint64> inicioMs_, finMs_; // by position in the config
+    std::vector<std::uint32_t> rango_;      // place in the order by start, by position in the config
     Lista cwas_;
     Lista iwps_;
     // By parent code, one list per level; packages without a parent apart.

@@ -58,9 +58,12 @@ struct EjeCurvaS {
             inicio = arbol.config().fechaInicio;
             fin = arbol.config().fechaFin;
         } else {
-            inicio = porFin.front()->fechaInicio;
+            // The earliest start, compared by the instants the tree keeps.
+            const PaqueteAWP* primero = porFin.front();
+            for (const PaqueteAWP* p : porFin)
+                if (arbol.inicioMs(*p) < arbol.inicioMs(*primero)) primero = p;
+            inicio = primero->fechaInicio;
             fin = porFin.back()->fechaFin;
-            for (const PaqueteAWP* p : porFin) inicio = std::min(inicio, p->fechaInicio);
         }
         // A span the calendar can't measure, or of no whole day, counts one
         // day, so that no position divides by zero.
@@ -72,11 +75,11 @@ struct EjeCurvaS {
     // The position on the axis of each IWP's finish and of its earned value,
     // in the order of porFin.
     std::vector<double> tFin, tAvance;
-    void posiciones() {
+    void posiciones(const ArbolAWP& arbol) {
         tFin.reserve(porFin.size());
         tAvance.reserve(porFin.size());
         for (const PaqueteAWP* p : porFin) {
-            tFin.push_back(t(msDe(p->fechaFin)));
+            tFin.push_back(t(arbol.finMs(*p)));
             tAvance.push_back(p->progreso > 0 ? t(msDe(fechaAvance(*p))) : 0.0);
         }
     }
@@ -106,7 +109,7 @@ CurvasS calcularCurvasS(const ArbolAWP& arbol, ModoCurvas modo, double ancho, do
     c.fin = eje.fin;
     c.dias = eje.dias;
     if (!c.hayDatos) return c;
-    eje.posiciones();
+    eje.posiciones(arbol);
 
     const QPointF origen = punto(0, 0, ancho, alto);
     std::vector<SerieCurvaS> series;
