@@ -1,6 +1,6 @@
 // Test entry for model code that runs Qt's event loop (queued deliveries from
 // pool threads, timers). Temporary files go to a private folder, so that tests
-// can tell which ones the workspace left behind.
+// can tell which ones the workspace left behind; the conversion cache too.
 #include <QCoreApplication>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -9,7 +9,12 @@
 
 int main(int argc, char** argv) {
     QTemporaryDir temporal;
-    if (temporal.isValid()) setenv("TMPDIR", temporal.path().toLocal8Bit().constData(), 1);
+    if (temporal.isValid()) {
+        setenv("TMPDIR", temporal.path().toLocal8Bit().constData(), 1);
+        // The conversion cache of each test lives and dies with it, never in
+        // the user's own cache folder.
+        setenv("XDG_CACHE_HOME", (temporal.path() + QStringLiteral("/cache")).toLocal8Bit().constData(), 1);
+    }
     QCoreApplication app(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
