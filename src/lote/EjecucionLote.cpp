@@ -104,7 +104,7 @@ struct ModeloPorConvertir {
     std::optional<ModeloGuardado> guardado; // none for a link
 };
 
-int contarElementos(const Node& modelo) {
+int contarElementos(Node& modelo) {
     int n = 0;
     modelo.enumerateChildNodes([&](Node& hijo, bool&) { n += hijo.geometry() != nullptr; });
     return n;

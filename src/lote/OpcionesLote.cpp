@@ -84,7 +84,12 @@ std::variant<OpcionesLote, std::string> leerOpcionesLote(const QStringList& argu
         if (!desconocidas.isEmpty())
             return "Opción desconocida: " + u(desconocidas.first().size() == 1 ? "-" : "--") +
                    u(desconocidas.first()) + ".";
-        return "Falta el valor de una opción: " + u(p.errorText()) + ".";
+        // The other failure is a missing value: Qt names the option between
+        // apostrophes.
+        const QString texto = p.errorText();
+        const qsizetype desde = texto.indexOf(u'\''), hasta = texto.lastIndexOf(u'\'');
+        const QString opcion = desde >= 0 && hasta > desde ? texto.mid(desde + 1, hasta - desde - 1) : texto;
+        return "Falta el valor de la opción " + u(opcion) + ".";
     }
 
     OpcionesLote o;

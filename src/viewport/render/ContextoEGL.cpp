@@ -1,7 +1,6 @@
 #include "viewport/render/ContextoEGL.h"
 
 #include <QOpenGLContext>
-#include <QtGui/qopenglcontext_platform.h>
 #include <cstdlib>
 
 #include <EGL/egl.h>
