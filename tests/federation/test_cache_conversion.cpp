@@ -8,6 +8,8 @@
 
 #include <QFile>
 #include <QThreadPool>
+#include <algorithm>
+#include <utility>
 #include <filesystem>
 #include <gtest/gtest.h>
 
@@ -19,7 +21,8 @@ namespace fs = std::filesystem;
 const std::string muestra = TESKAL_SAMPLES_DIR "/IfcOpenHouse_IFC4.ifc";
 
 // The same tree: names, identities, transforms and every geometry's numbers
-// and material colours, child by child.
+// and material colours. The converter writes its elements in the order its
+// threads finish them, so children are paired by GlobalId and name.
 void compararNodos(const Node& a, const Node& b, const std::string& ruta) {
     SCOPED_TRACE(ruta);
     ASSERT_EQ(a.name(), b.name());
@@ -40,9 +43,17 @@ void compararNodos(const Node& a, const Node& b, const std::string& ruta) {
             ASSERT_EQ(ga.materiales[i]->diffuse(), gb.materiales[i]->diffuse());
     }
     ASSERT_EQ(a.childNodes().size(), b.childNodes().size());
-    for (std::size_t i = 0; i < a.childNodes().size(); ++i)
-        compararNodos(*a.childNodes()[i], *b.childNodes()[i],
-                      ruta + "/" + a.childNodes()[i]->name().value_or("?"));
+    auto ordenados = [](const Node& n) {
+        std::vector<const Node*> hijos;
+        for (const auto& h : n.childNodes()) hijos.push_back(h.get());
+        std::stable_sort(hijos.begin(), hijos.end(), [](const Node* x, const Node* y) {
+            return std::make_pair(x->globalId(), x->name().value_or("")) <
+                   std::make_pair(y->globalId(), y->name().value_or(""));
+        });
+        return hijos;
+    };
+    const auto ha = ordenados(a), hb = ordenados(b);
+    for (std::size_t i = 0; i < ha.size(); ++i) compararNodos(*ha[i], *hb[i], ruta + "/" + ha[i]->name().value_or("?"));
 }
 
 void compararModelos(const ModeloConvertido& a, const ModeloConvertido& b) {
