@@ -104,7 +104,7 @@ std::variant<OpcionesLote, std::string> leerOpcionesLote(const QStringList& argu
         const qsizetype igual = v.indexOf(u'=');
         if (igual <= 0 || igual == v.size() - 1)
             return "--vincular espera CLAVE=ARCHIVO, como ARQ=arq.ifc; se recibió «" + u(v) + "».";
-        o.vinculos.emplace_back(u(v.left(igual).trimmed().toUpper()), u(v.mid(igual + 1)));
+        o.vinculos.emplace_back(u(v.left(igual).trimmed()), u(v.mid(igual + 1)));
     }
     if (o.proyecto.empty() && o.vinculos.empty())
         return "Falta el proyecto: indica un archivo .teskal o .teskalpkg, o modelos con --vincular.";
@@ -113,11 +113,11 @@ std::variant<OpcionesLote, std::string> leerOpcionesLote(const QStringList& argu
         for (const QString& par : p.value(interferencias).split(u',', Qt::SkipEmptyParts)) {
             const QStringList lados = par.split(u':');
             if (lados.size() != 2 || lados[0].trimmed().isEmpty() || lados[1].trimmed().isEmpty() ||
-                lados[0].trimmed().toUpper() == lados[1].trimmed().toUpper())
+                lados[0].trimmed() == lados[1].trimmed())
                 return "--interferencias espera pares de especialidades distintas como ARQ:EST,ARQ:MEP; se "
                        "recibió «" +
                        u(par) + "».";
-            o.pares.emplace_back(u(lados[0].trimmed().toUpper()), u(lados[1].trimmed().toUpper()));
+            o.pares.emplace_back(u(lados[0].trimmed()), u(lados[1].trimmed()));
         }
         if (o.pares.empty()) return "--interferencias no nombra ningún par de especialidades.";
     }
