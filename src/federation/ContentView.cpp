@@ -18,11 +18,18 @@ ContentView::~ContentView() { detenerTrabajos(); }
 void ContentView::prepararConversion(TrabajoConversion& trabajo) const {
     trabajo.cancelar = cancelacionVinculos_;
     trabajo.limiteMinutos = limiteConversionMinutos;
+    trabajo.carpetaCache = carpetaCache;
 }
 
 void ContentView::prepararRestauracion(TrabajoConversion& trabajo) const {
     trabajo.cancelar = cancelacionRestauracion_;
     trabajo.limiteMinutos = limiteConversionMinutos;
+    trabajo.carpetaCache = carpetaCache;
+}
+
+void ContentView::vaciarCacheConversiones() {
+    if (const std::string error = vaciarCache(carpetaCache); !error.empty())
+        mostrarError("No se pudo vaciar la caché de conversiones: " + error);
 }
 
 void ContentView::cancelarConversion() {

@@ -2,6 +2,7 @@
 
 #include "analyses/clash/Interferencias.h"
 #include "analyses/xor/ComparacionXOR.h"
+#include "federation/CacheConversion.h"
 #include "federation/Especialidades.h"
 #include "federation/GlobalIdsIFC.h"
 #include "federation/GrillasIFC.h"
@@ -191,6 +192,12 @@ public:
     std::string rutaConversor;
     // A conversion that runs longer is ended ("conversion/limiteMinutos").
     double limiteConversionMinutos = 30;
+    // The conversion cache every link, comparison version and restore uses:
+    // the user's cache folder; empty converts every time.
+    std::string carpetaCache = carpetaCachePorDefecto();
+    // "Vaciar caché de conversiones": removes every entry; a failure goes
+    // to the error channel.
+    void vaciarCacheConversiones();
 
     // "Cancelar" on the progress overlay: ends the conversions of links and
     // comparison versions under way, and removes their temporary files.

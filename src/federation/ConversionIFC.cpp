@@ -1,5 +1,6 @@
 #include "federation/ConversionIFC.h"
 
+#include "federation/ArchivoMapeado.h"
 #include "federation/CargaOBJ.h"
 #include "federation/ErroresSistema.h"
 #include "federation/Formato.h"
@@ -163,6 +164,29 @@ ResultadoConversion convertirIFC(const TrabajoConversion& t) {
     namespace fs = std::filesystem;
     QElapsedTimer reloj;
     reloj.start();
+    std::string clave;
+    if (!t.carpetaCache.empty()) {
+        clave = claveCache(t.rutaOrigen, versionConversorCache(t.rutaConversor),
+                           {t.leerPropiedades, t.leerGrillas, t.leerGlobalIds});
+        if (auto entrada = leerEntradaCache(t.carpetaCache, clave)) {
+            ModeloConvertido convertido;
+            try {
+                convertido.modelo = cargarOBJTexto(entrada->obj, entrada->identidades);
+            } catch (const std::bad_alloc&) {
+                convertido.modelo.reset();
+            }
+            if (cancelada(t)) return FalloConversion{FalloConversion::Causa::Cancelada, {}, 0};
+            // An entry whose OBJ gives no model is converted anew like a miss.
+            if (convertido.modelo) {
+                normalizarMateriales(*convertido.modelo);
+                convertido.propiedades = std::move(entrada->propiedades);
+                convertido.propiedadesPorGlobalId = std::move(entrada->propiedadesPorGlobalId);
+                convertido.grillas = std::move(entrada->grillas);
+                convertido.globalIds = std::move(entrada->globalIds);
+                return convertido;
+            }
+        }
+    }
     const std::string copia = rutaTemporalNueva(".ifc");
     std::error_code ec;
     if (auto fallo = copiarEntrada(t, copia, reloj)) return *fallo;
@@ -189,6 +213,7 @@ ResultadoConversion convertirIFC(const TrabajoConversion& t) {
     // The text index does not depend on the converter: it runs on every exit.
     // A file too large for memory yields less, as any unreadable file does.
     ModeloConvertido convertido;
+    bool indiceCompleto = true;
     try {
         if (t.leerPropiedades) {
             // One scan gives both the entries by Name and each element's own.
@@ -203,6 +228,7 @@ ResultadoConversion convertirIFC(const TrabajoConversion& t) {
         convertido.propiedadesPorGlobalId.clear();
         convertido.grillas.clear();
         convertido.globalIds.clear();
+        indiceCompleto = false;
     }
     fs::remove(copia, ec);
 
@@ -217,10 +243,20 @@ ResultadoConversion convertirIFC(const TrabajoConversion& t) {
     // An OBJ that is there but holds no faces means the model has nothing to
     // draw; a missing one is a broken output.
     const bool escrito = fs::is_regular_file(t.rutaSalida, ec);
-    try {
-        if (!cancelada(t)) convertido.modelo = cargarOBJ(t.rutaSalida);
-    } catch (const std::bad_alloc&) {
-        convertido.modelo.reset(); // geometry too large for memory: no geometry
+    {
+        // Read once: the same mapped texts feed the model and the cache entry.
+        const ArchivoMapeado obj(t.rutaSalida);
+        const ArchivoMapeado identidades(rutaIdentidadesOBJ(t.rutaSalida));
+        try {
+            if (!cancelada(t) && obj.abierto()) convertido.modelo = cargarOBJTexto(obj.texto(), identidades.texto());
+        } catch (const std::bad_alloc&) {
+            convertido.modelo.reset(); // geometry too large for memory: no geometry
+        }
+        // Only a whole result is kept: a model with its complete index.
+        if (convertido.modelo && indiceCompleto && !clave.empty() && !cancelada(t))
+            escribirEntradaCache(t.carpetaCache, clave, obj.texto(), identidades.texto(), convertido.propiedades,
+                                 convertido.propiedadesPorGlobalId, convertido.grillas, convertido.globalIds,
+                                 t.limiteCache);
     }
     eliminarSalidasConversion(t.rutaSalida);
     if (cancelada(t)) return FalloConversion{FalloConversion::Causa::Cancelada, {}, 0};

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "federation/CacheConversion.h"
 #include "federation/GlobalIdsIFC.h"
 #include "federation/GrillasIFC.h"
 #include "federation/PropiedadesIFC.h"
 #include "scene/Node.h"
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <variant>
@@ -27,6 +29,9 @@ struct TrabajoConversion {
     std::shared_ptr<std::atomic<bool>> cancelar;
     // The converter is ended after this long; 0 or less waits without limit.
     double limiteMinutos = 0;
+    // The conversion cache's folder; empty converts without it ("--sin-cache").
+    std::string carpetaCache;
+    std::uint64_t limiteCache = limiteCachePorDefecto;
 };
 
 // A model that came through: geometry, properties and grid axes.
@@ -77,6 +82,9 @@ std::string buscarConversor(const std::string& carpetaPrograma);
 // the copy, reads the IFC text whatever the converter did, deletes the copy,
 // then loads and normalises the OBJ. The converter's outputs are removed on
 // every path once read, so nothing is left in the temporary folder.
+// With a cache folder, a file converted before by the same converter comes
+// from its entry instead (no copy, no converter, no scan), and a successful
+// conversion leaves its entry there.
 ResultadoConversion convertirIFC(const TrabajoConversion& trabajo);
 
 } // namespace teskal

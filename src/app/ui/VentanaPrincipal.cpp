@@ -172,6 +172,12 @@ void VentanaPrincipal::crearMenus() {
     QMenu* herramientas = menuBar()->addMenu(QStringLiteral("Herramientas"));
     publicarCon(herramientas, QStringLiteral("Cuantificación (QTO)..."), "accionQTO", notificaciones::abrirQTO,
                 QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Q));
+    herramientas->addSeparator();
+    // Conversions are kept in the user's cache folder; this forgets them, so
+    // that every model is converted again on its next link or opening.
+    QAction* vaciarCache = herramientas->addAction(QStringLiteral("Vaciar caché de conversiones"));
+    vaciarCache->setObjectName(QStringLiteral("accionVaciarCache"));
+    connect(vaciarCache, &QAction::triggered, this, [this] { cv_.vaciarCacheConversiones(); });
 
     QMenu* ayuda = menuBar()->addMenu(QStringLiteral("Ayuda"));
     QAction* hojaRuta = ayuda->addAction(QStringLiteral("Road Map VORNEL"));

@@ -19,10 +19,15 @@ QSurfaceFormat formatoGL() {
 
 } // namespace
 
-RenderizadorImagenes::RenderizadorImagenes() {
-    contexto_ = std::make_unique<QOpenGLContext>();
-    contexto_->setFormat(formatoGL());
-    if (!contexto_->create()) return;
+RenderizadorImagenes::RenderizadorImagenes() : RenderizadorImagenes(nullptr) {}
+
+RenderizadorImagenes::RenderizadorImagenes(std::unique_ptr<QOpenGLContext> contexto) {
+    contexto_ = std::move(contexto);
+    if (!contexto_) {
+        contexto_ = std::make_unique<QOpenGLContext>();
+        contexto_->setFormat(formatoGL());
+        if (!contexto_->create()) return;
+    }
     superficie_ = std::make_unique<QOffscreenSurface>();
     superficie_->setFormat(contexto_->format());
     superficie_->create();

@@ -21,6 +21,9 @@ namespace teskal {
 class RenderizadorImagenes {
 public:
     RenderizadorImagenes();
+    // On a context made elsewhere (an adopted EGL context where there is no
+    // display); a null one is made here as above.
+    explicit RenderizadorImagenes(std::unique_ptr<QOpenGLContext> contexto);
     ~RenderizadorImagenes();
 
     // False when no OpenGL 3.3 context could be made; images are then null.
