@@ -169,11 +169,9 @@ TEST(CargaOBJ, CadaTextoDaSusElementos) {
             Indices secuencia(g.vertices.size());
             std::iota(secuencia.begin(), secuencia.end(), 0);
             EXPECT_EQ(g.elementos[0].indices, secuencia);
-            // The reader's own material: light grey, Phong, both sides.
+            // The reader's own material, light grey.
             ASSERT_EQ(g.materiales.size(), 1u);
             EXPECT_EQ(g.materiales[0]->diffuse(), std::optional<Color>(blanco075));
-            EXPECT_EQ(g.materiales[0]->lightingModel(), ModeloIluminacion::Phong);
-            EXPECT_TRUE(g.materiales[0]->isDoubleSided());
         }
     }
     // Read in two pieces: faces after the cut before its first "g" belong to
@@ -196,23 +194,7 @@ TEST(CargaOBJ, CadaTextoDaSusElementos) {
         compararEnCadaCorte(texto);
 }
 
-TEST(CargaOBJ, ReadsAFileAndGivesNothingForUnreadableOnes) {
-    pruebas::DirectorioTemporal dir;
-    const std::string texto = std::string(verticesCuatro) + "g Muro b\xC3\xA1sico\nf 1 2 3 4\n";
-    const auto raiz = cargarOBJ(dir.escribir("modelo.obj", texto));
-    ASSERT_NE(raiz, nullptr);
-    ASSERT_EQ(nombres(*raiz), (std::vector<std::string>{"Muro b\xC3\xA1sico"}));
-    EXPECT_EQ(raiz->childNodes()[0]->geometry()->vertices.size(), 6u);
-
-    std::string latin1 = texto;
-    latin1.replace(latin1.find("\xC3\xA1"), 2, "\xE1");
-    EXPECT_EQ(cargarOBJ(dir.escribir("latin1.obj", latin1)), nullptr);
-    EXPECT_EQ(cargarOBJ(dir.escribir("vacio.obj", "")), nullptr);
-    EXPECT_EQ(cargarOBJ(dir.inexistente()), nullptr);
-    EXPECT_EQ(cargarOBJ(dir.ruta()), nullptr);
-}
-
-TEST(CargaOBJ, EachElementTakesTheIdentityOfItsOwnGroupLine) {
+TEST(CargaOBJ, EachElementTakesTheIdentityOfItsOwnGroupLineAlsoFromAFile) {
     const std::string obj = "v 0 0 0\nv 1 0 0\nv 0 1 0\n"
                             "g Muro\nf 1 2 3\n"   // line 0
                             "g Muro\nf 1 2 3\n"   // line 1: same name, its own identity
@@ -228,9 +210,7 @@ TEST(CargaOBJ, EachElementTakesTheIdentityOfItsOwnGroupLine) {
     const auto raiz = cargarOBJTexto(obj, ids);
     ASSERT_TRUE(raiz);
     struct Esperado {
-        const char* nombre;
-        const char* globalId;
-        const char* clase;
+        const char *nombre, *globalId, *clase;
     };
     const std::vector<Esperado> esperados = {{"Muro", "0aaaaaaaaaaaaaaaaaaaaa", "IfcWall"},
                                              {"Muro", "1bbbbbbbbbbbbbbbbbbbbb", "IfcWallStandardCase"},
@@ -257,12 +237,22 @@ TEST(CargaOBJ, EachElementTakesTheIdentityOfItsOwnGroupLine) {
                         "g Losa\nf 1 2 3\ng Muro\nf 2 3 1\n",
                         "A\tIfcWall\tVacio\nB\tIfcWall\tMuro\nC\tIfcSlab\tLosa\nD\tIfcWall\tMuro\n");
 
-    // From a file: the identities beside the OBJ, named by rutaIdentidadesOBJ.
+    // From a file: the identities beside the OBJ, named by rutaIdentidadesOBJ;
+    // a file not in UTF-8, empty, missing or a folder gives no model.
     pruebas::DirectorioTemporal dir;
     const std::string ruta = dir.escribir("modelo.obj", obj);
     EXPECT_EQ(rutaIdentidadesOBJ(ruta), dir.ruta() + "/modelo.ids");
     dir.escribir("modelo.ids", ids);
     EXPECT_EQ(cargarOBJ(ruta)->childNodes()[1]->globalId(), "1bbbbbbbbbbbbbbbbbbbbb");
+    const std::string texto = std::string(verticesCuatro) + "g Muro b\xC3\xA1sico\nf 1 2 3 4\n";
+    const auto acentos = cargarOBJ(dir.escribir("acentos.obj", texto));
+    ASSERT_NE(acentos, nullptr);
+    ASSERT_EQ(nombres(*acentos), (std::vector<std::string>{"Muro b\xC3\xA1sico"}));
+    std::string latin1 = texto;
+    latin1.replace(latin1.find("\xC3\xA1"), 2, "\xE1");
+    for (const std::string& r : {dir.escribir("latin1.obj", latin1), dir.escribir("vacio.obj", ""),
+                                 dir.inexistente(), dir.ruta()})
+        EXPECT_EQ(cargarOBJ(r), nullptr) << r;
 }
 
 TEST(CargaOBJ, GivesTheSameModelInTwoPiecesOnAGeneratedFile) {
@@ -346,29 +336,28 @@ TEST(CargaOBJ, DecimalCoordinatesRoundExactlyAsTheNumberParser) {
 }
 
 TEST(NormalizarMateriales, GivesEveryGeometryBelowTheRootAUsableMaterial) {
-    auto raiz = Node::crear();
-    auto sinMaterial = Node::crear("SinMaterial");
-    sinMaterial->setGeometry(std::make_shared<Geometry>());
-    auto sinDifuso = Node::crear("SinDifuso");
-    auto gSinDifuso = std::make_shared<Geometry>();
+    auto conGeometria = [](const char* nombre, std::vector<std::shared_ptr<Material>> materiales) {
+        auto n = Node::crear(nombre);
+        auto g = std::make_shared<Geometry>();
+        g->materiales = std::move(materiales);
+        n->setGeometry(g);
+        return n;
+    };
     auto vacio = std::make_shared<Material>();
     vacio->setLightingModel(ModeloIluminacion::Constante);
     auto rojo = std::make_shared<Material>();
     rojo->setDiffuse(Color{1, 0, 0, 0.5f});
     rojo->setLightingModel(ModeloIluminacion::Lambert);
     rojo->setDoubleSided(true);
-    gSinDifuso->materiales = {vacio, rojo};
-    sinDifuso->setGeometry(gSinDifuso);
-    auto grupo = Node::crear("Grupo"); // no geometry
-    auto nieto = Node::crear("Nieto");
-    auto gNieto = std::make_shared<Geometry>();
     auto imagen = std::make_shared<Material>();
     imagen->setDiffuseImagen(std::make_shared<ImagenRGBA>(ImagenRGBA{1, 1, {9, 9, 9, 255}}));
     imagen->setLightingModel(ModeloIluminacion::Lambert);
-    gNieto->materiales = {imagen};
-    nieto->setGeometry(gNieto);
-    auto nietoSinMaterial = Node::crear("NietoSinMaterial");
-    nietoSinMaterial->setGeometry(std::make_shared<Geometry>());
+    auto raiz = Node::crear();
+    auto sinMaterial = conGeometria("SinMaterial", {});
+    auto sinDifuso = conGeometria("SinDifuso", {vacio, rojo});
+    auto nieto = conGeometria("Nieto", {imagen});
+    auto nietoSinMaterial = conGeometria("NietoSinMaterial", {});
+    auto grupo = Node::crear("Grupo"); // no geometry
     grupo->addChildNode(nieto);
     grupo->addChildNode(nietoSinMaterial);
     raiz->addChildNode(sinMaterial);
@@ -377,25 +366,27 @@ TEST(NormalizarMateriales, GivesEveryGeometryBelowTheRootAUsableMaterial) {
 
     normalizarMateriales(*raiz);
 
-    for (const auto& n : {sinMaterial, nietoSinMaterial}) {
-        ASSERT_EQ(n->geometry()->materiales.size(), 1u) << *n->name();
-        const Material& m = *n->geometry()->materiales[0];
-        ASSERT_TRUE(m.diffuse().has_value());
-        EXPECT_EQ(*m.diffuse(), blanco075);
-        EXPECT_EQ(m.lightingModel(), ModeloIluminacion::Phong);
-        EXPECT_FALSE(m.isDoubleSided());
+    // Materials are kept or added, never dropped; every one turns Phong, a
+    // missing colour is light grey unless an image paints it.
+    for (const auto& [n, cuantos] : {std::pair{sinMaterial, 1u}, std::pair{sinDifuso, 2u}, std::pair{nieto, 1u},
+                                     std::pair{nietoSinMaterial, 1u}})
+        ASSERT_EQ(n->geometry()->materiales.size(), cuantos) << *n->name();
+    struct Esperado {
+        const Material* m;
+        std::optional<Color> difuso;
+        bool dosCaras;
+    };
+    const Esperado esperados[] = {{sinMaterial->geometry()->materiales[0].get(), blanco075, false},
+                                  {nietoSinMaterial->geometry()->materiales[0].get(), blanco075, false},
+                                  {vacio.get(), blanco075, false},
+                                  {rojo.get(), Color{1, 0, 0, 0.5f}, true},
+                                  {imagen.get(), std::nullopt, false}};
+    for (const Esperado& e : esperados) {
+        SCOPED_TRACE(&e - esperados);
+        EXPECT_EQ(e.m->diffuse(), e.difuso);
+        EXPECT_EQ(e.m->lightingModel(), ModeloIluminacion::Phong);
+        EXPECT_EQ(e.m->isDoubleSided(), e.dosCaras);
     }
-    ASSERT_EQ(gSinDifuso->materiales.size(), 2u);
-    ASSERT_TRUE(vacio->diffuse().has_value());
-    EXPECT_EQ(*vacio->diffuse(), blanco075);
-    EXPECT_EQ(vacio->lightingModel(), ModeloIluminacion::Phong);
-    ASSERT_TRUE(rojo->diffuse().has_value());
-    EXPECT_EQ(*rojo->diffuse(), (Color{1, 0, 0, 0.5f}));
-    EXPECT_EQ(rojo->lightingModel(), ModeloIluminacion::Phong);
-    EXPECT_TRUE(rojo->isDoubleSided());
-    ASSERT_EQ(gNieto->materiales.size(), 1u);
     EXPECT_NE(imagen->diffuseImagen(), nullptr);
-    EXPECT_FALSE(imagen->diffuse().has_value());
-    EXPECT_EQ(imagen->lightingModel(), ModeloIluminacion::Phong);
     EXPECT_EQ(grupo->geometry(), nullptr);
 }
