@@ -499,7 +499,9 @@ TEST(EnsamblajeEscena, pisoLucesYGrillas) {
     auto piso = raiz->childNodeWithName("_TESKAL_Piso", false);
     ASSERT_TRUE(piso);
     EXPECT_FLOAT_EQ(piso->position().z, -2.01f);
-    EXPECT_TRUE(piso->geometry()->firstMaterial()->diffuseImagen()); // the tiled floor texture
+    const Material* m = piso->geometry()->firstMaterial();
+    EXPECT_TRUE(m->diffuseImagen()); // the tiled floor texture, seen through
+    EXPECT_FLOAT_EQ(m->transparency(), 0.75f);
     EXPECT_EQ(luz->light()->orthographicScale, 30.0f); // a small scene keeps the minimum
 
     // A far model widens the light; the old floor does not inflate the box.
@@ -523,6 +525,7 @@ TEST(EnsamblajeEscena, pisoLucesYGrillas) {
     EXPECT_EQ(raiz->childNodeWithName("GrillasIFC", false), cv->nodoGrillasIFC);
     const Geometry& g = *cv->nodoGrillasIFC->geometry();
     EXPECT_EQ(g.elementos[0].primitiva, Primitiva::Lineas);
+    EXPECT_EQ(*g.firstMaterial()->diffuse(), Color::gris(0.55f, 0.6f));
     // Axis 1 loses its first piece, wholly outside; S keeps its slope in Z.
     const std::vector<glm::vec3> recortadas = {{0, -10.2f, 0},      {0, 13.2f, 0},         {-10.2f, 0, 1},
                                                {112.2f, 0, 1},      {-10.2f, 5, 9.898f},   {112.2f, 5, 11.122f},
