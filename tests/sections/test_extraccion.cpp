@@ -266,6 +266,7 @@ TEST(ProyectarGrilla, cadaTramoComoLineaVista) {
     EXPECT_EQ(s[0].key, "GRILLA");
     EXPECT_EQ(s[0].nombreElemento, "A");
     EXPECT_FALSE(s[0].esCorte);
+    EXPECT_EQ(s[0].color, (Color{0.5f, 0.5f, 0.5f, 0.55f}));
 }
 
 TEST(TituloPlano, ejePosicionYProfundidad) {
@@ -309,6 +310,7 @@ TEST(SeccionEspacioTrabajo, planoYRecortePorEje) {
         ASSERT_TRUE(plano);
         EXPECT_EQ(plano->parent(), cv.scene.rootNode());
         EXPECT_EQ(plano->geometry()->firstMaterial()->diffuse(), c.color);
+        EXPECT_TRUE(plano->geometry()->firstMaterial()->isDoubleSided());
         EXPECT_EQ(plano->eulerAngles(), c.angulos);
         EXPECT_EQ(plano->position(), c.lugar);
         EXPECT_EQ(plano->boundingBox().tamano(), glm::vec3(100, 100, 0));
