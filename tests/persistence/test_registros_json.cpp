@@ -557,21 +557,15 @@ TEST(RegistrosJson, conversionDeEtiquetas) {
     esperada.color = colorEtiquetaRestaurada;
     EXPECT_TRUE(r1 == esperada);
 
-    // A whole store, through the document and back: titles, order and the four
-    // kept fields survive.
+    // A whole store saved and restored (its JSON is diccionariosYListasDelDocumento's):
+    // titles, order and the four kept fields survive.
     Etiqueta2D otra = viva;
     otra.nombre = "Muro M-1";
     otra.key = "ARQ";
     otra.visible = false;
     otra.offsetTexto = {-2.0f, 0.0f};
     const EtiquetasPorTitulo store{{"Planta Z 1.00 m", {viva, otra}}, {"Corte Y 0.00 m", {}}};
-    const EtiquetasGuardadasPorTitulo guardadas = etiquetasGuardadas(store);
-    LectorJson l(porTexto(QJsonObject{{"etiquetasPorSeccion", aJson(guardadas)}}),
-                 "ProyectoTESKAL");
-    const auto leidas =
-        l.diccionarioDeListasOpcional("etiquetasPorSeccion", etiqueta2DGuardadaDesdeJson);
-    ASSERT_TRUE(leidas) << l.error();
-    const EtiquetasPorTitulo vuelta = etiquetasRestauradas(*leidas);
+    const EtiquetasPorTitulo vuelta = etiquetasRestauradas(etiquetasGuardadas(store));
     ASSERT_EQ(vuelta.size(), 2u);
     ASSERT_EQ(vuelta.at("Corte Y 0.00 m").size(), 0u);
     const auto& lista = vuelta.at("Planta Z 1.00 m");
