@@ -9,7 +9,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -18,7 +17,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThreadPool>
-#include <QThread>
 #include <functional>
 #include <glm/gtc/constants.hpp>
 #include <set>
@@ -63,6 +61,24 @@ std::unique_ptr<ContentView> espacio() {
     auto cv = std::make_unique<ContentView>(QFileInfo(QString::fromUtf8(TESKAL_IFCCONVERT)).absolutePath().toStdString());
     ContentView::configurarLuces(cv->scene);
     return cv;
+}
+
+// Links a file to a discipline and waits for its conversion, which must end
+// without an alert.
+testing::AssertionResult vincularYEsperar(ContentView& cv, const std::string& esp, const std::string& ruta) {
+    cv.vincularIFC(esp);
+    cv.archivosElegidos({ruta});
+    if (!esperarHasta([&] { return !cv.isProcessing; })) return testing::AssertionFailure() << "sigue convirtiendo";
+    if (cv.showError) return testing::AssertionFailure() << cv.errorMessage.value_or("");
+    return testing::AssertionSuccess();
+}
+
+// Runs one of the tests' IFC generators with its argument.
+testing::AssertionResult generarIFC(const char* guion, const QString& argumento) {
+    QProcess p;
+    p.start(QStringLiteral(TESKAL_PYTHON), {QStringLiteral(TESKAL_TESTS_DIR "/") + QString::fromLatin1(guion), argumento});
+    if (p.waitForFinished(300000) && p.exitCode() == 0) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << p.readAllStandardError().toStdString();
 }
 
 std::vector<Material*> materialesDe(const Node& modelo) {
@@ -128,50 +144,38 @@ TEST(VinculoIFC, muestrasFederadasConConversorReal) {
     EXPECT_FALSE(duplex.nodo->name());
     EXPECT_EQ(duplex.nodo->parent(), arq.nodoRaiz);
     EXPECT_GT(duplex.nodo->childNodes().size(), 100u);
-    for (Material* m : materialesDe(*duplex.nodo)) {
-        ASSERT_TRUE(m->diffuse());
-        EXPECT_EQ(*m->diffuse(), (Color{0.85f, 0.85f, 0.85f, 1}));
-        EXPECT_EQ(m->transparency(), 1.0f);
-    }
     const auto& est = cv->especialidades.at("EST");
     ASSERT_EQ(est.modelos.size(), 1u);
     EXPECT_EQ(est.modelos[0].nombre, "Casa Ñandú.ifc");
-    for (Material* m : materialesDe(*est.modelos[0].nodo)) EXPECT_EQ(*m->diffuse(), (Color{0.6f, 0.6f, 0.6f, 1}));
+    // Each discipline paints its models in its own colour, opaque.
+    for (const auto& [modelo, color] : {std::pair{duplex.nodo, Color{0.85f, 0.85f, 0.85f, 1}},
+                                        std::pair{est.modelos[0].nodo, Color{0.6f, 0.6f, 0.6f, 1}}})
+        for (Material* m : materialesDe(*modelo)) {
+            ASSERT_TRUE(m->diffuse());
+            EXPECT_EQ(*m->diffuse(), color);
+            EXPECT_EQ(m->transparency(), 1.0f);
+        }
 
-    // Properties per discipline, keyed by the node names.
-    ASSERT_TRUE(cv->propiedadesIFC.contains("ARQ"));
+    // Every element node knows its own GlobalId and class from the converter;
+    // properties go per discipline, keyed by the node names.
     ASSERT_TRUE(cv->propiedadesIFC.contains("EST"));
-    std::size_t conEntrada = 0;
-    for (const auto& n : duplex.nodo->childNodes()) conEntrada += cv->propiedadesIFC["ARQ"].contains(*n->name());
-    EXPECT_GT(conEntrada * 2, duplex.nodo->childNodes().size());
-
-    // The floor lies 1 cm below the lowest point; the light covers the scene.
-    auto piso = cv->scene.rootNode()->childNodeWithName("_TESKAL_Piso", false);
-    ASSERT_TRUE(piso);
-    auto sinPiso = cv->scene.rootNode()->boundingBox(); // the floor is flat and at min z - 0.01
-    EXPECT_NEAR(piso->position().z, sinPiso.min.z + 0.0f, 0.02f);
-    const auto luz = cv->scene.rootNode()->childNodeWithName("_TESKAL_LuzDir", false);
-    ASSERT_TRUE(luz && luz->light());
-    EXPECT_GE(luz->light()->orthographicScale, 30.0f);
-
-    // Every element node knows its own GlobalId and class from the converter.
     std::set<std::string> ids;
+    std::size_t conEntrada = 0;
     for (const auto& n : duplex.nodo->childNodes()) {
         EXPECT_EQ(n->globalId().size(), 22u) << n->name().value_or("");
         EXPECT_EQ(n->claseIFC().rfind("Ifc", 0), 0u) << n->claseIFC();
         ids.insert(n->globalId());
+        conEntrada += cv->propiedadesIFC["ARQ"].contains(*n->name());
     }
     EXPECT_EQ(ids.size(), duplex.nodo->childNodes().size());
+    EXPECT_GT(conEntrada * 2, duplex.nodo->childNodes().size());
 
     // A .ifczip links like the IFC inside it, properties included.
     const QString zip = dir.filePath(QStringLiteral("casa [v2].ifczip"));
     QProcess comprimir;
     comprimir.start(QStringLiteral("/usr/bin/zip"), {QStringLiteral("-j"), zip, acentos});
     ASSERT_TRUE(comprimir.waitForFinished(60000) && comprimir.exitCode() == 0);
-    cv->vincularIFC("MEP");
-    cv->archivosElegidos({zip.toStdString()});
-    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
-    ASSERT_FALSE(cv->showError) << cv->errorMessage.value_or("");
+    ASSERT_TRUE(vincularYEsperar(*cv, "MEP", zip.toStdString()));
     const auto& mep = cv->especialidades.at("MEP");
     ASSERT_EQ(mep.modelos.size(), 1u);
     EXPECT_EQ(mep.modelos[0].nodo->childNodes().size(), est.modelos[0].nodo->childNodes().size());
@@ -194,24 +198,16 @@ TEST(VinculoIFC, elementosDelMismoNombreMuestranSusPropiasPropiedades) {
     }
     const QString ruta = dir.filePath(QStringLiteral("pilotes.ifc"));
     const QString descripcion = dir.filePath(QStringLiteral("pilotes.json"));
-    {
-        QFile f(descripcion);
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(QJsonDocument(QJsonArray{QJsonObject{{"ruta", ruta}, {"elementos", elementos}}}).toJson());
-    }
-    QProcess generador;
-    generador.start(QStringLiteral(TESKAL_PYTHON), {QStringLiteral(TESKAL_TESTS_DIR "/analyses/versiones_xor.py"), descripcion});
-    ASSERT_TRUE(generador.waitForFinished(300000) && generador.exitCode() == 0)
-        << generador.readAllStandardError().toStdString();
+    QFile f(descripcion);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write(QJsonDocument(QJsonArray{QJsonObject{{"ruta", ruta}, {"elementos", elementos}}}).toJson());
+    f.close();
+    ASSERT_TRUE(generarIFC("analyses/versiones_xor.py", descripcion));
 
     auto cv = espacio();
-    cv->vincularIFC("EST");
-    cv->archivosElegidos({ruta.toStdString()});
-    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
-    ASSERT_FALSE(cv->showError) << cv->errorMessage.value_or("");
+    ASSERT_TRUE(vincularYEsperar(*cv, "EST", ruta.toStdString()));
     const auto& nodos = cv->especialidades.at("EST").modelos.at(0).nodo->childNodes();
     ASSERT_EQ(nodos.size(), 100u);
-    std::set<std::string> referencias;
     for (const auto& n : nodos) {
         ASSERT_EQ(n->claseIFC(), "IfcPile");
         const PropiedadesElemento* p = cv->propiedadesDe(*n);
@@ -219,9 +215,7 @@ TEST(VinculoIFC, elementosDelMismoNombreMuestranSusPropiasPropiedades) {
         const int i = std::stoi(n->globalId().substr(7));
         EXPECT_EQ(p->at(pruebas::clave("Pset_Prueba", "Referencia")), "P-" + std::to_string(i));
         EXPECT_EQ(p->at("__tipoIFC"), "IFCPILE");
-        referencias.insert(p->at(pruebas::clave("Pset_Prueba", "Referencia")));
     }
-    EXPECT_EQ(referencias.size(), 100u);
 }
 
 // A converter that never ends: cancelled by the user, stopped by the time
@@ -272,57 +266,58 @@ TEST(VinculoIFC, unConversorQueNoTerminaSeDetiene) {
     }
 }
 
+// Every failure on the road shows its own sentence, leaves nothing in the
+// temporary folder and keeps the models linked before.
 TEST(VinculoIFC, fallosDelCaminoConSuFrase) {
     QTemporaryDir dir;
     auto cv = espacio();
     vincularDePrueba(*cv, "ARQ", "previo.ifc"); // an earlier model that must stay
-    const QString ifc = escribirEn(dir, "modelo.ifc", muroIFC);
+    const std::string ifc = escribirEn(dir, "modelo.ifc", muroIFC).toStdString();
+    const std::string noEjecutable = escribirEn(dir, "noejecutable", "").toStdString();
+    const std::string noIFC = escribirEn(dir, "planilla.ifc", "Nombre;Cantidad\nMuro;3\n").toStdString();
+    const std::string real = cv->rutaConversor;
 
     struct Caso {
         const char* nombre;
-        std::string cuerpo;
+        std::string conversor, archivo;
         std::string esperado;
+        bool prefijo = false; // the converter's or the system's own words follow
     };
+    const std::string sinGeometria = "El archivo no contiene geometría que se pueda mostrar";
     const std::vector<Caso> casos = {
-        {"sale3", "echo 'sin licencia' >&2; exit 3", "IfcConvert falló (código 3):\nsin licencia\n"},
-        {"latin1", "printf 'error en \\351l' >&2; exit 2", "IfcConvert falló (código 2):\nSin detalle"},
-        {"mudo", "exit 1", "IfcConvert falló (código 1):\n"},
-        {"vacio", ": > \"$2\"; exit 0", "El archivo no contiene geometría que se pueda mostrar"},
-        {"sincaras", "printf 'v 0 0 0\\nv 1 0 0\\n' > \"$2\"; exit 0",
-         "El archivo no contiene geometría que se pueda mostrar"},
-        {"sinsalida", "exit 0",
+        {"sale3", conversorFalso(dir, "sale3", "echo 'sin licencia' >&2; exit 3"), ifc,
+         "IfcConvert falló (código 3):\nsin licencia\n"},
+        {"latin1", conversorFalso(dir, "latin1", "printf 'error en \\351l' >&2; exit 2"), ifc,
+         "IfcConvert falló (código 2):\nSin detalle"},
+        {"mudo", conversorFalso(dir, "mudo", "exit 1"), ifc, "IfcConvert falló (código 1):\n"},
+        {"vacio", conversorFalso(dir, "vacio", ": > \"$2\"; exit 0"), ifc, sinGeometria},
+        {"sincaras", conversorFalso(dir, "sincaras", "printf 'v 0 0 0\\nv 1 0 0\\n' > \"$2\"; exit 0"), ifc,
+         sinGeometria},
+        {"sinsalida", conversorFalso(dir, "sinsalida", "exit 0"), ifc,
          "No se pudo cargar la geometría. El archivo generado puede estar vacío o corrupto."},
+        {"noejecutable", noEjecutable, ifc, "No se pudo ejecutar IfcConvert: ", true},
+        {"desaparecido", conversorFalso(dir, "nunca", "exit 0"), dir.filePath(QStringLiteral("ya no está.ifc")).toStdString(),
+         "No se pudo copiar el archivo al directorio temporal: El archivo o la carpeta no existe."},
+        {"noIFC", real, noIFC, "IfcConvert falló (código 1):\nNo se pudo leer el archivo IFC", true},
     };
     for (const Caso& c : casos) {
         SCOPED_TRACE(c.nombre);
-        cv->rutaConversor = conversorFalso(dir, c.nombre, c.cuerpo);
+        cv->rutaConversor = c.conversor;
         cv->showError = false;
-        cv->archivosElegidos({ifc.toStdString()});
+        cv->archivosElegidos({c.archivo});
         ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
         EXPECT_TRUE(cv->showError);
-        EXPECT_EQ(cv->errorMessage.value_or(""), c.esperado);
+        const std::string mensaje = cv->errorMessage.value_or("");
+        EXPECT_EQ(c.prefijo ? mensaje.substr(0, c.esperado.size()) : mensaje, c.esperado);
         EXPECT_TRUE(sobrantes("*").isEmpty()); // the copy and the outputs go on every path
     }
-
-    // A converter that can't be started.
-    const std::string noEjecutable = dir.filePath(QStringLiteral("noejecutable")).toStdString();
-    QFile(QString::fromStdString(noEjecutable)).open(QIODevice::WriteOnly);
-    cv->rutaConversor = noEjecutable;
-    cv->archivosElegidos({ifc.toStdString()});
-    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
-    EXPECT_EQ(cv->errorMessage.value_or("").rfind("No se pudo ejecutar IfcConvert: ", 0), 0u)
-        << *cv->errorMessage;
-
-    // A file that vanished after the picker fails at the copy.
-    cv->rutaConversor = conversorFalso(dir, "nunca", "exit 0");
-    cv->archivosElegidos({dir.filePath(QStringLiteral("ya no está.ifc")).toStdString()});
-    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
-    EXPECT_EQ(*cv->errorMessage,
-              "No se pudo copiar el archivo al directorio temporal: El archivo o la carpeta no existe.");
+    // The text readers find nothing in a file that is not IFC either.
+    EXPECT_TRUE(leerPropiedadesIFC(noIFC).empty());
+    EXPECT_TRUE(leerGrillasIFC(noIFC).empty());
 
     // No converter beside the program: refused before any work starts.
     ContentView sinConversor("/no/hay/programa");
-    sinConversor.archivosElegidos({ifc.toStdString()});
+    sinConversor.archivosElegidos({ifc});
     EXPECT_FALSE(sinConversor.isProcessing);
     EXPECT_EQ(*sinConversor.errorMessage, "No se encontró el motor IfcConvert en el bundle de la app.");
 
@@ -337,52 +332,40 @@ TEST(VinculoIFC, fallosDelCaminoConSuFrase) {
 
     // A file that can't be read (not testable as root, who reads everything).
     if (geteuid() != 0) {
-        QFile::setPermissions(ifc, QFileDevice::Permissions());
-        cv->archivosElegidos({ifc.toStdString()});
+        QFile::setPermissions(QString::fromStdString(ifc), QFileDevice::Permissions());
+        cv->archivosElegidos({ifc});
         EXPECT_EQ(*cv->errorMessage, "No se pudo acceder al archivo. Verifica los permisos en Sandbox.");
         EXPECT_FALSE(cv->isProcessing);
     }
-
-    // Earlier models are still in place.
     EXPECT_EQ(cv->especialidades.at("ARQ").modelos.size(), 1u);
     EXPECT_FALSE(cv->isProcessing);
 }
 
-TEST(VinculoIFC, archivoQueNoEsIFCMuestraElMotivoDelConversor) {
-    QTemporaryDir dir;
-    const QString falso = escribirEn(dir, "planilla.ifc", "Nombre;Cantidad\nMuro;3\n");
-    auto cv = espacio();
-    cv->archivosElegidos({falso.toStdString()});
-    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
-    EXPECT_EQ(cv->errorMessage.value_or("").rfind("IfcConvert falló (código 1):\nNo se pudo leer el archivo IFC", 0),
-              0u)
-        << cv->errorMessage.value_or("");
-    // The text readers find nothing in it either.
-    EXPECT_TRUE(leerPropiedadesIFC(falso.toStdString()).empty());
-    EXPECT_TRUE(leerGrillasIFC(falso.toStdString()).empty());
-}
-
 TEST(Especialidades, claveDeUnaNuevaEspecialidad) {
     auto cv = espacio();
-    auto agregar = [&](const std::string& nombre, const std::string& icono = "") {
-        cv->abrirNuevaEspecialidad();
-        cv->nuevaEspNombre = nombre;
-        cv->nuevaEspIcono = icono;
-        cv->agregarEspecialidad();
-        return cv->ordenEspecialidades.back();
+    struct Caso {
+        const char* nombre;
+        const char* icono;
+        const char* clave;
     };
-    EXPECT_EQ(agregar("Arquitectura 2"), "ARQ1");
-    EXPECT_EQ(agregar("arquitectura paisaje"), "ARQ2");
-    EXPECT_EQ(agregar("  Sanitaria\t", "drop"), "SAN");
+    const Caso casos[] = {{"Arquitectura 2", "", "ARQ1"}, {"arquitectura paisaje", "", "ARQ2"},
+                          {"  Sanitaria\t", "drop", "SAN"}, {"Ag", "", "AG"},
+                          {"Área verde", "", "ÁRE"},        {"a b c", "", "A B"}};
+    for (const Caso& c : casos) {
+        SCOPED_TRACE(c.nombre);
+        cv->abrirNuevaEspecialidad();
+        cv->nuevaEspNombre = c.nombre;
+        cv->nuevaEspIcono = c.icono;
+        cv->agregarEspecialidad();
+        EXPECT_EQ(cv->ordenEspecialidades.back(), c.clave);
+        EXPECT_FALSE(cv->mostrarNuevaEsp);
+    }
     EXPECT_EQ(cv->especialidades.at("SAN").nombre, "Sanitaria");
     EXPECT_EQ(cv->especialidades.at("SAN").icono, "drop");
     EXPECT_EQ(cv->especialidades.at("ARQ1").icono, "folder");
     EXPECT_EQ(cv->especialidades.at("ARQ1").colorOriginal, colores::teal);
-    EXPECT_EQ(agregar("Ag"), "AG");
-    EXPECT_EQ(agregar("Área verde"), "ÁRE");
-    EXPECT_EQ(agregar("a b c"), "A B");
-    EXPECT_FALSE(cv->mostrarNuevaEsp);
 
+    // A blank name adds nothing and keeps the form open.
     const std::size_t antes = cv->ordenEspecialidades.size();
     cv->abrirNuevaEspecialidad();
     cv->nuevaEspNombre = " \t ";
@@ -391,12 +374,18 @@ TEST(Especialidades, claveDeUnaNuevaEspecialidad) {
     EXPECT_TRUE(cv->mostrarNuevaEsp);
 }
 
-TEST(Especialidades, visibilidadTransparenciaYColor) {
+
+// Two models in each of two disciplines: eyes, transparency and colour in
+// one, highlight, transformation and unlinking in the other.
+TEST(Especialidades, ojosColorResaltadoTransformacionYDesvinculo) {
     auto cv = espacio();
     vincularDePrueba(*cv, "EST", "a.ifc");
     vincularDePrueba(*cv, "EST", "b.ifc", 10);
+    vincularDePrueba(*cv, "ARQ", "a.ifc");
+    vincularDePrueba(*cv, "ARQ", "b.ifc", 5);
     auto& est = cv->especialidades.at("EST");
-    const std::string a = est.modelos[0].id, b = est.modelos[1].id;
+    auto& arq = cv->especialidades.at("ARQ");
+    std::string a = est.modelos[0].id, b = est.modelos[1].id;
 
     // A model hidden by its own eye stays hidden through the discipline's eye.
     cv->alternarModelo("EST", a);
@@ -427,14 +416,9 @@ TEST(Especialidades, visibilidadTransparenciaYColor) {
     }
     // The recolour keeps the hidden model hidden, node by node.
     for (const auto& n : est.modelos[0].nodo->childNodes()) EXPECT_TRUE(n->isHidden());
-}
 
-TEST(Especialidades, resaltadoTransformacionYDesvinculo) {
-    auto cv = espacio();
-    vincularDePrueba(*cv, "ARQ", "a.ifc");
-    vincularDePrueba(*cv, "ARQ", "b.ifc", 5);
-    auto& arq = cv->especialidades.at("ARQ");
-    const std::string a = arq.modelos[0].id, b = arq.modelos[1].id;
+    a = arq.modelos[0].id;
+    b = arq.modelos[1].id;
 
     auto camara = Node::crear();
     camara->setCamera(Camera{});
@@ -504,9 +488,7 @@ TEST(EnsamblajeEscena, pisoLucesYGrillas) {
     // The light looks along (0.5, 0.5, -0.7).
     const glm::vec3 frente = glm::vec3(luz->transform() * glm::vec4(0, 0, -1, 0));
     const glm::vec3 esperado = glm::normalize(glm::vec3(0.5f, 0.5f, -0.7f));
-    EXPECT_NEAR(frente.x, esperado.x, 1e-5);
-    EXPECT_NEAR(frente.y, esperado.y, 1e-5);
-    EXPECT_NEAR(frente.z, esperado.z, 1e-5);
+    EXPECT_LT(glm::distance(frente, esperado), 1e-5f);
     EXPECT_GT(glm::vec3(luz->transform() * glm::vec4(0, 1, 0, 0)).z, 0); // its up leans to world up
 
     // An empty scene has no floor.
@@ -518,11 +500,8 @@ TEST(EnsamblajeEscena, pisoLucesYGrillas) {
     ASSERT_TRUE(piso);
     EXPECT_FLOAT_EQ(piso->position().z, -2.01f);
     const Material* m = piso->geometry()->firstMaterial();
-    EXPECT_EQ(m->lightingModel(), ModeloIluminacion::Lambert);
+    EXPECT_TRUE(m->diffuseImagen()); // the tiled floor texture, seen through
     EXPECT_FLOAT_EQ(m->transparency(), 0.75f);
-    ASSERT_TRUE(m->diffuseImagen());
-    EXPECT_EQ(m->diffuseImagen()->ancho, 128);
-    EXPECT_EQ(m->escalaContenido(), glm::vec3(5000, 5000, 1));
     EXPECT_EQ(luz->light()->orthographicScale, 30.0f); // a small scene keeps the minimum
 
     // A far model widens the light; the old floor does not inflate the box.
@@ -543,8 +522,7 @@ TEST(EnsamblajeEscena, pisoLucesYGrillas) {
     const auto enteras = cv->grillasIFC;
     cv->reconstruirGrillas();
     ASSERT_TRUE(cv->nodoGrillasIFC);
-    EXPECT_EQ(cv->nodoGrillasIFC->name(), std::optional<std::string>("GrillasIFC"));
-    EXPECT_EQ(cv->nodoGrillasIFC->parent(), raiz);
+    EXPECT_EQ(raiz->childNodeWithName("GrillasIFC", false), cv->nodoGrillasIFC);
     const Geometry& g = *cv->nodoGrillasIFC->geometry();
     EXPECT_EQ(g.elementos[0].primitiva, Primitiva::Lineas);
     EXPECT_EQ(*g.firstMaterial()->diffuse(), Color::gris(0.55f, 0.6f));
@@ -580,10 +558,7 @@ TEST(EnsamblajeEscena, pisoLucesYGrillas) {
         ASSERT_TRUE(cv->nodoGrillasIFC);
         EXPECT_EQ(raiz->childNodeWithName("GrillasIFC", false), cv->nodoGrillasIFC); // one node, replaced
         const Box b = cv->nodoGrillasIFC->boundingBox();
-        EXPECT_NEAR(b.min.x, p.min.x, 1e-3);
-        EXPECT_NEAR(b.min.y, p.min.y, 1e-3);
-        EXPECT_NEAR(b.max.x, p.max.x, 1e-3);
-        EXPECT_NEAR(b.max.y, p.max.y, 1e-3);
+        EXPECT_LT(glm::distance(glm::vec2(b.min), p.min) + glm::distance(glm::vec2(b.max), p.max), 1e-3f);
     }
     cv->grillasIFC.clear();
     cv->reconstruirGrillas();
@@ -607,16 +582,9 @@ glm::vec2 cruce(const EjeGrilla& u, const EjeGrilla& v) {
 TEST(VinculoIFC, grillaEnMilimetrosCruzaDondeEstanLosPilares) {
     QTemporaryDir dir;
     const QString ifc = dir.filePath(QStringLiteral("grilla mm.ifc"));
-    QProcess generador;
-    generador.start(QStringLiteral(TESKAL_PYTHON), {QStringLiteral(TESKAL_TESTS_DIR "/federation/grilla_milimetros.py"), ifc});
-    ASSERT_TRUE(generador.waitForFinished(300000));
-    ASSERT_EQ(generador.exitCode(), 0) << generador.readAllStandardError().toStdString();
-
+    ASSERT_TRUE(generarIFC("federation/grilla_milimetros.py", ifc));
     auto cv = espacio();
-    cv->vincularIFC("EST");
-    cv->archivosElegidos({ifc.toStdString()});
-    ASSERT_TRUE(esperarHasta([&] { return !cv->isProcessing; }));
-    ASSERT_FALSE(cv->showError) << cv->errorMessage.value_or("");
+    ASSERT_TRUE(vincularYEsperar(*cv, "EST", ifc.toStdString()));
 
     std::map<std::string, const EjeGrilla*> ejes;
     for (const EjeGrilla& e : cv->grillasIFC) ejes[e.tag + (e.esU ? "U" : "V")] = &e;
@@ -629,8 +597,7 @@ TEST(VinculoIFC, grillaEnMilimetrosCruzaDondeEstanLosPilares) {
             ASSERT_TRUE(pilar);
             const Box b = pilar->boundingBoxMundo();
             const glm::vec2 c = cruce(*ejes.at(std::string(u) + "U"), *ejes.at(std::string(v) + "V"));
-            EXPECT_NEAR(c.x, b.centro().x, 2e-3);
-            EXPECT_NEAR(c.y, b.centro().y, 2e-3);
+            EXPECT_LT(glm::distance(c, glm::vec2(b.centro())), 2e-3f);
             EXPECT_NEAR(ejes.at(std::string(u) + "U")->puntos[0].z, b.min.z, 2e-3); // on the storey
         }
     }

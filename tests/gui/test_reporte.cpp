@@ -199,10 +199,14 @@ private slots:
                  qPrintable(QStringLiteral("%1 x %2").arg(rojo.width()).arg(rojo.height())));
     }
 
-    void ventanaAvisaYLuegoLlenaLaTabla() {
+    // One report window: the notice, then the table; the HTML to the browser
+    // or the alert; the BCF save panel cancelled, then saved with the states.
+    void ventanaHTMLyBCFDelReporte() {
+        const std::string idA = "5A1C0D2E-0000-4000-8000-0000000000A1",
+                          idB = "5A1C0D2E-0000-4000-8000-0000000000B2";
         Scene viva;
-        ReporteAnalisisView v(analisis("Fase 1", {clashVivo("ID-1", "Muro 1", "Tubo 1"),
-                                                  clashRestaurado("ID-2", "No está", "Tampoco")}),
+        ReporteAnalisisView v(analisis("Fase 2/3: ok?", {clashVivo(idA, "A&B", "<C>"),
+                                                         clashRestaurado(idB, "No está", "Tampoco")}),
                               &viva);
         QElapsedTimer reloj;
         bool listos = false;
@@ -226,7 +230,7 @@ private slots:
                  QStringLiteral(
                      "Exportar como BIM Collaboration Format 2.1 (Revit, Navisworks, Solibri)"));
         QVERIFY(v.thumbnails().empty());
-        auto* celda = hijo(v, "vista_ID-1");
+        auto* celda = hijo(v, ("vista_" + idA).c_str());
         QVERIFY(celda);
         QCOMPARE(celda->size(), QSize(120, 78));
         const QImage gris = celda->grab().toImage();
@@ -241,7 +245,7 @@ private slots:
         QVERIFY(!aviso->isVisible() && imprimir->isEnabled());
         const QImage llena = celda->grab().toImage();
         QVERIFY(pixelesDe(llena, esRojo) > 50 && pixelesDe(llena, esAzul) > 50);
-        const QImage sinObjetos = hijo(v, "vista_ID-2")->grab().toImage();
+        const QImage sinObjetos = hijo(v, ("vista_" + idB).c_str())->grab().toImage();
         QCOMPARE(pixelesDe(sinObjetos, esRojo), 0);
         QVERIFY(sinObjetos != gris); // the dark thumbnail, not the grey waiting ground
 
@@ -251,27 +255,6 @@ private slots:
         QCOMPARE(texto(v, "pieCuentas"),
                  QStringLiteral("Total interferencias: 2  ·  Resueltas: 0  ·  Pendientes: 2"));
         QCOMPARE(texto(v, "totalReporte"), QStringLiteral("· 2 colisiones"));
-    }
-
-    void analisisSinInterferencias() {
-        ReporteAnalisisView v(analisis("Vacío", {}), nullptr);
-        v.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&v));
-        QVERIFY(!hijo(v, "avisoGenerando")->isVisible() && !hijo(v, "resultadoBCF")->isVisible());
-        QVERIFY(hijo(v, "imprimirPDF")->isEnabled() && hijo(v, "exportarBCF")->isEnabled());
-        QCOMPARE(texto(v, "registros"), QStringLiteral("0 registros"));
-    }
-
-    void htmlAlNavegadorYBCFConLasVistas() {
-        const std::string idA = "5A1C0D2E-0000-4000-8000-0000000000A1",
-                          idB = "5A1C0D2E-0000-4000-8000-0000000000B2";
-        ReporteAnalisisView v(analisis("Fase 2/3: ok?", {clashVivo(idA, "A&B", "<C>"),
-                                                         clashVivo(idB, "Losa", "Ducto")}),
-                              nullptr);
-        v.show();
-        QTRY_COMPARE(v.thumbnails().size(), std::size_t(2));
-        auto* imprimir = hijo<QPushButton>(v, "imprimirPDF");
-        QVERIFY(imprimir->isEnabled());
 
         // The HTML goes to the browser, its thumbnails as PNGs of the rendered images.
         Navegador navegador;
@@ -307,20 +290,19 @@ private slots:
         QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
 
         // Cancelling the BCF save panel is no failure: no outcome shows.
-        auto* boton = hijo<QPushButton>(v, "exportarBCF");
         auto* resultado = hijo(v, "resultadoBCF");
         std::optional<bool> terminado;
         bool cancelado = false;
         connect(&v, &ReporteAnalisisView::bcfTerminado, this, [&](bool ok) { terminado = ok; });
         connect(&v, &ReporteAnalisisView::bcfCancelado, this, [&] { cancelado = true; });
-        boton->click();
-        QVERIFY(v.exportandoBCF() && !boton->isEnabled() && !resultado->isVisible());
+        bcf->click();
+        QVERIFY(v.exportandoBCF() && !bcf->isEnabled() && !resultado->isVisible());
         QFileDialog* panel = nullptr;
         QTRY_VERIFY((panel = panelBCF()) != nullptr);
         panel->reject();
         QTRY_VERIFY(cancelado);
         QVERIFY(!terminado && !v.bcfExito());
-        QVERIFY(!v.exportandoBCF() && boton->isEnabled() && !resultado->isVisible());
+        QVERIFY(!v.exportandoBCF() && bcf->isEnabled() && !resultado->isVisible());
 
         // A state changed after the window opened reaches the archive.
         AnalisisInterferencias vivo = v.analisis();
@@ -330,7 +312,7 @@ private slots:
         // Saving it: the outcome turns to success, and the archive carries the
         // two thumbnails as the snapshots of their topics.
         terminado.reset();
-        boton->click();
+        bcf->click();
         QVERIFY(!v.bcfExito() && !resultado->isVisible());
         QTRY_VERIFY((panel = panelBCF()) != nullptr);
         auto* campo = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
@@ -367,6 +349,15 @@ private slots:
         for (int k = 0; k < 2; ++k)
             QCOMPARE(temas[k][QStringLiteral("vistas")][0][QStringLiteral("snapshot")].toString(),
                      QString::fromLatin1(snapshots[k]));
+    }
+
+    void analisisSinInterferencias() {
+        ReporteAnalisisView v(analisis("Vacío", {}), nullptr);
+        v.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&v));
+        QVERIFY(!hijo(v, "avisoGenerando")->isVisible() && !hijo(v, "resultadoBCF")->isVisible());
+        QVERIFY(hijo(v, "imprimirPDF")->isEnabled() && hijo(v, "exportarBCF")->isEnabled());
+        QCOMPARE(texto(v, "registros"), QStringLiteral("0 registros"));
     }
 };
 
