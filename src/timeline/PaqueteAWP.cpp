@@ -1,6 +1,9 @@
 #include "timeline/PaqueteAWP.h"
 
+#include "federation/TextoUTF8.h"
+
 #include <QUuid>
+#include <algorithm>
 
 namespace teskal {
 
@@ -22,6 +25,27 @@ std::optional<NivelAWP> nivelDesdeTexto(std::string_view texto) {
     for (NivelAWP n : nivelesAWP)
         if (textoNivel(n) == texto) return n;
     return std::nullopt;
+}
+
+std::optional<NivelAWP> nivelEscrito(std::string_view texto) {
+    texto = recortar(texto);
+    // Three ASCII letters, the common case, are upper-cased in place. Other
+    // short texts go by Unicode rules, where a dotless i or a long s becomes
+    // an ASCII letter; a long text can't come down to three letters.
+    if (texto.size() == 3) {
+        char mayusculas[3];
+        bool ascii = true;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const char c = texto[i];
+            ascii = ascii && static_cast<unsigned char>(c) < 0x80;
+            mayusculas[i] = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+        }
+        if (ascii) return nivelDesdeTexto(std::string_view(mayusculas, 3));
+    }
+    if (texto.size() < 3 || texto.size() > 12 ||
+        std::all_of(texto.begin(), texto.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+        return std::nullopt;
+    return nivelDesdeTexto(aMayusculas(texto));
 }
 
 PaqueteAWP PaqueteAWP::nuevo(const QDateTime& ahora) {

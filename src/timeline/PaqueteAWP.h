@@ -21,6 +21,9 @@ inline constexpr std::array<NivelAWP, 4> nivelesAWP = {NivelAWP::cwa, NivelAWP::
 std::string_view textoNivel(NivelAWP nivel);
 // The level of a stored text, compared exactly; no level for any other text.
 std::optional<NivelAWP> nivelDesdeTexto(std::string_view texto);
+// The level a user's text names: trimmed of blanks and upper-cased by
+// Unicode rules, one of the four stored texts ("cwa " names CWA).
+std::optional<NivelAWP> nivelEscrito(std::string_view texto);
 
 // One package. The hierarchy and the merges go by codigo, not by id.
 struct PaqueteAWP {
