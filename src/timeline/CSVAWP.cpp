@@ -5,7 +5,6 @@
 #include "federation/TextoUTF8.h"
 
 #include <QFile>
-#include <QUuid>
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -168,8 +167,8 @@ std::vector<PaqueteAWP> parsearCSV(std::string_view texto, const QDateTime& ahor
     // to row.
     std::vector<std::string> campos;
     std::size_t numero = 0;
-    // Each package starts from the defaults of the moment, computed once.
-    const PaqueteAWP base = PaqueteAWP::nuevo(ahora);
+    FabricaPaquetes fabrica(ahora);
+    paquetes.reserve(static_cast<std::size_t>(std::count(texto.begin(), texto.end(), '\n')));
 
     porLineas(texto, [&](std::string_view linea) {
         if (cabecera) {
@@ -196,7 +195,8 @@ std::vector<PaqueteAWP> parsearCSV(std::string_view texto, const QDateTime& ahor
         }
 
         // A quotation mark toggles the quoted state and is dropped; a comma
-        // outside quotes ends a field.
+        // outside quotes ends a field. The runs between them are copied
+        // whole.
         numero = 0;
         const auto nuevoCampo = [&]() -> std::string& {
             if (numero == campos.size()) campos.emplace_back();
@@ -206,13 +206,16 @@ std::vector<PaqueteAWP> parsearCSV(std::string_view texto, const QDateTime& ahor
         };
         std::string* campo = &nuevoCampo();
         bool entreComillas = false;
-        for (const char c : linea) {
-            if (c == '"')
+        for (std::size_t i = 0; i < linea.size();) {
+            const std::size_t marca = linea.find_first_of(entreComillas ? "\"" : "\",", i);
+            const std::size_t fin = marca == std::string_view::npos ? linea.size() : marca;
+            campo->append(linea.data() + i, fin - i);
+            if (fin == linea.size()) break;
+            if (linea[fin] == '"')
                 entreComillas = !entreComillas;
-            else if (c == ',' && !entreComillas)
-                campo = &nuevoCampo();
             else
-                campo->push_back(c);
+                campo = &nuevoCampo();
+            i = fin + 1;
         }
         // A column past the end of a short row skips the row.
         for (std::size_t c = 0; c < numeroCampos; ++c)
@@ -227,8 +230,7 @@ std::vector<PaqueteAWP> parsearCSV(std::string_view texto, const QDateTime& ahor
         const auto hasta = leerFechaCSV(de(cFin));
         if (!desde || !hasta || *hasta < *desde) return true;
 
-        PaqueteAWP& p = paquetes.emplace_back(base);
-        p.id = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
+        PaqueteAWP& p = paquetes.emplace_back(fabrica.nuevo());
         p.nivel = *nivelFila;
         p.codigo = codigoFila;
         const std::string_view nombreFila = recortar(de(cNombre));

@@ -56,12 +56,17 @@ public:
     std::optional<std::string> inferirPadre(NivelAWP nivelPadre, const std::vector<std::string>& elementos) const;
 
 private:
-    // By level: element name to the candidates that bear it, by position
-    // among that level's candidates, ascending.
-    std::array<std::unordered_map<std::string_view, std::vector<std::uint32_t>>, 4> porElemento_;
+    // Every name of every candidate, numbered; by level, for each number,
+    // the candidates that bear it (their positions among that level's
+    // candidates, ascending) from desde_[n][id] to desde_[n][id + 1].
+    std::unordered_map<std::string_view, std::uint32_t> idNombre_;
+    std::array<std::vector<std::uint32_t>, 4> desde_;
+    std::array<std::vector<std::uint32_t>, 4> posiciones_;
     std::array<std::vector<const ResultadoAWP*>, 4> porNivel_;
     mutable std::vector<std::uint32_t> comunes_; // counts of the question under way, by position
     mutable std::vector<std::uint32_t> tocados_;
+    mutable std::vector<std::uint64_t> vistoEn_; // by name number
+    mutable std::uint64_t pregunta_ = 0;
 };
 
 // The same question over candidates given once.

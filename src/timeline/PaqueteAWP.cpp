@@ -59,6 +59,29 @@ PaqueteAWP PaqueteAWP::nuevo(const QDateTime& ahora) {
     return p;
 }
 
+FabricaPaquetes::FabricaPaquetes(const QDateTime& ahora) : base_(PaqueteAWP::nuevo(ahora)) {
+    std::array<quint32, 8> semilla;
+    QRandomGenerator::system()->fillRange(semilla.data(), semilla.size());
+    azar_ = QRandomGenerator64(semilla.data(), semilla.data() + semilla.size());
+}
+
+PaqueteAWP FabricaPaquetes::nuevo() {
+    // A version 4 UUID of the RFC's variant, in upper case without braces.
+    std::array<quint64, 2> bits{azar_.generate64(), azar_.generate64()};
+    bits[0] = (bits[0] & ~0xF000ull) | 0x4000ull;
+    bits[1] = (bits[1] & 0x3FFFFFFFFFFFFFFFull) | 0x8000000000000000ull;
+    static constexpr char hex[] = "0123456789ABCDEF";
+    PaqueteAWP p = base_;
+    p.id.assign(36, '-');
+    std::size_t j = 0;
+    for (int i = 0; i < 32; ++i) {
+        if (i == 8 || i == 12 || i == 16 || i == 20) ++j;
+        const quint64 palabra = bits[static_cast<std::size_t>(i / 16)];
+        p.id[j++] = hex[(palabra >> (60 - 4 * (i % 16))) & 0xF];
+    }
+    return p;
+}
+
 TimeLinerConfig TimeLinerConfig::porDefecto(const QDateTime& ahora) {
     TimeLinerConfig c;
     c.fechaInicio = ahora.toUTC();

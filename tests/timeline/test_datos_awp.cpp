@@ -105,7 +105,7 @@ TEST(DetectorAWP, nivelesCodigosPadresEImportacion) {
 TEST(DetectorAWP, padreConMasElementosComunesOElPrimero) {
     const std::vector<ResultadoAWP> candidatos{
         {N::cwa, "A", {"e1", "e2"}}, {N::cwp, "P", {"e1", "e2", "e3"}}, {N::cwa, "B", {"e2", "e3"}},
-        {N::cwa, "C", {"e4"}},
+        {N::cwa, "C", {"e4"}},       {N::cwa, "D", {"e5", "e5"}}, {N::cwa, "E", {"e6", "e5"}},
     };
     const struct {
         std::vector<std::string> elementos;
@@ -118,6 +118,7 @@ TEST(DetectorAWP, padreConMasElementosComunesOElPrimero) {
         {{"e2", "e3", "e4"}, N::cwa, "B"}, // two in common beat one
         {{"e9"}, N::cwa, std::nullopt},
         {{"e4"}, N::cwp, std::nullopt}, // only the level asked for
+        {{"e5", "e6"}, N::cwa, "E"},    // a name twice in a candidate counts once
     };
     for (const auto& c : casos) EXPECT_EQ(inferirPadre(c.nivel, c.elementos, candidatos), c.padre) << c.elementos[0];
 }
