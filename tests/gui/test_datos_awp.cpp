@@ -2,7 +2,6 @@
 // detector's sheet scanning the property index, choosing by code and
 // importing; the CSV confirmation sheet and the alert of a file without
 // packages; the export through its save panel.
-#include "espera_eventos.h"
 #include "federation/ContentView.h"
 #include "timeline/CSVAWP.h"
 #include "timeline/ui/DetectorAWPView.h"
@@ -50,7 +49,7 @@ private slots:
         auto* detector = ventana.findChild<DetectorAWPView*>();
         QVERIFY(detector);
         hijo<QPushButton>(*detector, "detectarAhora")->click();
-        QVERIFY(pruebas::esperarHasta([&] { return !detector->detectando(); }, 60000));
+        QTRY_VERIFY_WITH_TIMEOUT(!detector->detectando(), 60000);
         QCOMPARE(texto(*detector, "conteo"), QStringLiteral("3 paquetes detectados con 5 elemento(s)"));
         auto* lista = hijo<QTreeWidget>(*detector, "resultados");
         QCOMPARE(lista->topLevelItemCount(), 3); // CWA, CWP, IWP
@@ -98,8 +97,8 @@ private slots:
         const QString salida = dir.filePath(QStringLiteral("TimeLiner_AWP_TESKAL.csv"));
         panel->setDirectory(dir.path());
         panel->selectFile(QStringLiteral("TimeLiner_AWP_TESKAL"));
-        panel->accept();
-        QVERIFY(pruebas::esperarHasta([&] { return QFileInfo::exists(salida); }, 10000));
+        static_cast<QDialog*>(panel)->accept(); // "Guardar"
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(salida), 10000);
         QFile exportado(salida);
         QVERIFY(exportado.open(QIODevice::ReadOnly));
         QCOMPARE(exportado.readAll().count('\n'), 4);
