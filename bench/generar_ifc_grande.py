@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes a large IFC4 file for the ifc-index benchmark, straight as STEP text.
 
-Usage: generar_ifc_grande.py output.ifc [--mb 210] [--semilla 1]
+Usage: generar_ifc_grande.py output.ifc [--mb 210] [--semilla 1] [--awp]
 
 Sizes are in MB of 10^6 bytes; the default, 210 MB, is also past 200 MiB.
 
@@ -12,6 +12,15 @@ representation built from cartesian points, polylines and extruded solids, a
 name, a 22-character GlobalId and one property set of six single values tied
 by IFCRELDEFINESBYPROPERTIES. Elements are contained in their storey and share
 materials through IFCRELASSOCIATESMATERIAL, as real exporters write them.
+
+With --awp every element also carries the work packages it belongs to, as
+the planners of a project write them into the model: a second property set,
+"Pset_AWP", with the single values CWA, CWP and IWP. Seven consecutive
+elements make an IWP, 25 IWPs a CWP, 20 CWPs a CWA. The values take no draw
+from the random sequence, so the elements, their geometry and their own
+property sets are those of the file without the option (their GlobalIds and
+statement numbers move on); without it the file is exactly what the
+ifc-index benchmark reads.
 
 Writing stops at the first element past the requested size. A summary of what
 was written goes beside the file as output.ifc.resumen ("clave valor" lines),
@@ -99,7 +108,7 @@ MATERIALES = [
 FASES = ["Fase 1", "Fase 2", "Fase 3", "Existente", "Demolici\\X2\\00F3\\X0\\n"]
 
 
-def escribir(ruta, mb, semilla):
+def escribir(ruta, mb, semilla, awp=False):
     azar = random.Random(semilla)
     guid = GeneradorGuid(azar)
     objetivo = int(mb * 1000 * 1000)
@@ -108,6 +117,8 @@ def escribir(ruta, mb, semilla):
     # without property sets.
     cuentas = {"productos": 0, "propiedades": 0, "espaciales": 0, "IFCWALL": 0, "IFCSLAB": 0,
                "IFCBEAM": 0, "IFCPIPESEGMENT": 0}
+    if awp:
+        cuentas.update({"awp_cwa": 0, "awp_cwp": 0, "awp_iwp": 0})
 
     with open(temporal, "wb") as archivo:
         archivo.write(CABECERA.format(nombre=os.path.basename(ruta)).encode("ascii"))
@@ -293,6 +304,20 @@ def escribir(ruta, mb, semilla):
             pset = e("IFCPROPERTYSET('%s',#%d,'%s',$,(%s))"
                      % (guid(), oh, nombre_pset, ",".join("#%d" % r for r in refs)))
             e("IFCRELDEFINESBYPROPERTIES('%s',#%d,$,$,(#%d),#%d)" % (guid(), oh, elemento, pset))
+            if awp:
+                iwp = (n - 1) // 7
+                cwp = iwp // 25
+                cwa = cwp // 20
+                valores = [e("IFCPROPERTYSINGLEVALUE('%s',$,IFCLABEL('%s'),$)" % (nivel, codigo))
+                           for nivel, codigo in (("CWA", "CWA-%03d" % cwa), ("CWP", "CWP-%04d" % cwp),
+                                                 ("IWP", "IWP-%05d" % iwp))]
+                pset_awp = e("IFCPROPERTYSET('%s',#%d,'Pset_AWP',$,(%s))"
+                             % (guid(), oh, ",".join("#%d" % r for r in valores)))
+                e("IFCRELDEFINESBYPROPERTIES('%s',#%d,$,$,(#%d),#%d)" % (guid(), oh, elemento, pset_awp))
+                cuentas["propiedades"] += len(valores)
+                cuentas["awp_cwa"] = cwa + 1
+                cuentas["awp_cwp"] = cwp + 1
+                cuentas["awp_iwp"] = iwp + 1
             contenidos[planta].append(elemento)
             por_material[azar.randrange(len(materiales))].append(elemento)
             cuentas["productos"] += 1
@@ -324,9 +349,11 @@ def main():
     parser.add_argument("salida", help="path of the IFC file to write")
     parser.add_argument("--mb", type=float, default=210.0, help="target size in MB (default 210)")
     parser.add_argument("--semilla", type=int, default=1, help="random seed (default 1)")
+    parser.add_argument("--awp", action="store_true",
+                        help="give every element its CWA, CWP and IWP in a property set Pset_AWP")
     args = parser.parse_args()
     inicio = time.perf_counter()
-    cuentas = escribir(args.salida, args.mb, args.semilla)
+    cuentas = escribir(args.salida, args.mb, args.semilla, args.awp)
     sys.stderr.write("generar_ifc_grande: %s, %.1f MB, %d products, %d properties, %.1f s\n"
                      % (args.salida, cuentas["bytes"] / 1e6, cuentas["productos"], cuentas["propiedades"],
                         time.perf_counter() - inicio))

@@ -31,6 +31,7 @@
 namespace teskal {
 
 struct ModeloConvertido;
+struct ResultadoAWP;
 struct TrabajoConversion;
 
 // A model named by its discipline and id, with its name for the alert.
@@ -410,6 +411,17 @@ public:
     // "Exportar CSV" of a takeoff window: writes the text atomically; a
     // failure goes to the error channel and gives false.
     bool guardarCSVQTO(const std::string& ruta, const std::string& texto);
+
+    // Work packages in and out of the timeline (timeline/ComandosDatosAWP.cpp).
+    // The confirmed packages of a CSV: those whose code the plan lacks are
+    // appended, the others dropped.
+    void importarPaquetesAWP(const std::vector<PaqueteAWP>& paquetes);
+    // The detector's selected results become packages with inferred parents,
+    // and the plan's axis spans them all.
+    void importarDetectadosAWP(const std::vector<ResultadoAWP>& resultados, const std::set<std::string>& seleccionados);
+    // "Exportar CSV" of the timeline: the plan's CSV written atomically; a
+    // failure goes to the error channel and gives false.
+    bool exportarCSVAWP(const std::string& ruta);
 
     // Scene assembly.
     // The model goes to the discipline `clave`, the one chosen when its file

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <type_traits>
 
 namespace teskal {
 
@@ -124,7 +125,9 @@ std::optional<std::int64_t> leerEntero(std::string_view s) {
     return v;
 }
 
-std::optional<float> leerFloat(std::string_view s) {
+namespace {
+
+template <class Real> std::optional<Real> leerReal(std::string_view s) {
     bool negativo = false;
     if (!s.empty() && (s[0] == '+' || s[0] == '-')) {
         negativo = s[0] == '-';
@@ -137,19 +140,28 @@ std::optional<float> leerFloat(std::string_view s) {
         formato = std::chars_format::hex;
         if (s.empty() || s[0] == '+' || s[0] == '-') return std::nullopt;
     }
-    float v = 0;
+    Real v = 0;
     const auto r = std::from_chars(s.data(), s.data() + s.size(), v, formato);
     if (r.ptr != s.data() + s.size()) return std::nullopt;
     if (r.ec == std::errc::result_out_of_range) {
         // Decide between overflow and underflow with the C library.
         std::string copia(formato == std::chars_format::hex ? "0x" : "");
         copia.append(s);
-        v = std::strtof(copia.c_str(), nullptr);
+        if constexpr (std::is_same_v<Real, float>)
+            v = std::strtof(copia.c_str(), nullptr);
+        else
+            v = std::strtod(copia.c_str(), nullptr);
     } else if (r.ec != std::errc()) {
         return std::nullopt;
     }
     return negativo ? -v : v;
 }
+
+} // namespace
+
+std::optional<float> leerFloat(std::string_view s) { return leerReal<float>(s); }
+
+std::optional<double> leerDouble(std::string_view s) { return leerReal<double>(s); }
 
 void anadirUTF8(std::string& d, char32_t c) {
     if (c < 0x80) {

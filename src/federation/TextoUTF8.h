@@ -42,6 +42,8 @@ std::optional<std::int64_t> leerEntero(std::string_view s);
 // fraction and exponent) or hexadecimal ("0x") notation, or inf, infinity,
 // nan. The whole text must be the number. Out of range gives infinity or zero.
 std::optional<float> leerFloat(std::string_view s);
+// The same in double precision.
+std::optional<double> leerDouble(std::string_view s);
 
 // Appends the code point in UTF-8. The caller passes only scalar values.
 void anadirUTF8(std::string& destino, char32_t c);

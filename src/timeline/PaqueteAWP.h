@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QRandomGenerator>
 #include <array>
 #include <optional>
 #include <string>
@@ -21,6 +22,9 @@ inline constexpr std::array<NivelAWP, 4> nivelesAWP = {NivelAWP::cwa, NivelAWP::
 std::string_view textoNivel(NivelAWP nivel);
 // The level of a stored text, compared exactly; no level for any other text.
 std::optional<NivelAWP> nivelDesdeTexto(std::string_view texto);
+// The level a user's text names: trimmed of blanks and upper-cased by
+// Unicode rules, one of the four stored texts ("cwa " names CWA).
+std::optional<NivelAWP> nivelEscrito(std::string_view texto);
 
 // One package. The hierarchy and the merges go by codigo, not by id.
 struct PaqueteAWP {
@@ -45,6 +49,20 @@ struct PaqueteAWP {
     // A new package: a fresh id, level IWP, planned from `ahora` to 30 days
     // later by the calendar in local time.
     static PaqueteAWP nuevo(const QDateTime& ahora = QDateTime::currentDateTimeUtc());
+};
+
+// New packages of one moment in bulk, as an import makes them: the defaults
+// of PaqueteAWP::nuevo computed once, and each package with a fresh id (a
+// random UUID) from a generator that the system's seeds once; asking the
+// system for every id costs more than the rest of an imported row.
+class FabricaPaquetes {
+public:
+    explicit FabricaPaquetes(const QDateTime& ahora = QDateTime::currentDateTimeUtc());
+    PaqueteAWP nuevo();
+
+private:
+    PaqueteAWP base_;
+    QRandomGenerator64 azar_;
 };
 
 // The timeline of a project.

@@ -72,6 +72,11 @@ QIcon iconoSimbolo(const std::string& simbolo) {
         {"bookmark", "bookmark-new-symbolic"},
         {"bookmark.fill", "user-bookmarks-symbolic"},
         {"arrow.uturn.left.circle", "edit-undo-symbolic"},
+        {"folder.fill", "folder"},
+        {"list.clipboard.fill", "edit-paste-symbolic"},
+        {"wrench.and.screwdriver.fill", "applications-engineering-symbolic"},
+        {"wand.and.stars", "system-search-symbolic"},
+        {"square.and.arrow.down", "document-open-symbolic"},
     };
     const auto it = tabla.find(simbolo);
     const QIcon icono = QIcon::fromTheme(QString::fromLatin1(it == tabla.end() ? "folder" : it->second));

@@ -9,6 +9,7 @@
 #include "timeline/ui/EditorPaqueteView.h"
 #include "timeline/ui/FichaAWPView.h"
 #include "timeline/ui/GraficoCurvaS.h"
+#include "timeline/ui/ImportarCSVView.h"
 #include "timeline/ui/VistaGantt.h"
 #include "ui/Iconos.h"
 #include "ui/ReconstruccionDiferida.h"
@@ -147,6 +148,16 @@ QWidget* TimeLinerView::crearBarra() {
     nuevo->setObjectName(QStringLiteral("nuevoPaquete"));
     connect(nuevo, &QPushButton::clicked, this, [this] { cv_.nuevoPaqueteAWP(); });
     h->addWidget(nuevo);
+    // Packages from the models' properties and from and to spreadsheets.
+    const auto boton = [&](const char* icono, const char* texto, const char* nombre, auto accion) {
+        auto* b = new QPushButton(iconoSimbolo(icono), QString::fromUtf8(texto), barra);
+        b->setObjectName(QString::fromLatin1(nombre));
+        connect(b, &QPushButton::clicked, this, [this, accion] { accion(cv_, this); });
+        h->addWidget(b);
+    };
+    boton("wand.and.stars", "Detector AWP", "detectorAWPBoton", abrirDetectorAWP);
+    boton("square.and.arrow.down", "Importar CSV", "importarCSVBoton", seleccionarCSV);
+    boton("square.and.arrow.up", "Exportar CSV", "exportarCSVBoton", exportarCSV);
     auto* pdf = new QPushButton(iconoSimbolo("printer.fill"), QStringLiteral("Exportar Gantt a PDF"), barra);
     pdf->setObjectName(QStringLiteral("exportarGantt"));
     connect(pdf, &QPushButton::clicked, this, &TimeLinerView::exportarGanttPDF);
