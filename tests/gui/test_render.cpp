@@ -107,7 +107,7 @@ private slots:
             float opacidad;
             std::size_t reescritos;
             bool rojoVisible, brillanteVisible;
-        } pasos[] = {{e.rojo, 0.0f, 1, false, true}, {e.rojo, 1.0f, 1, true, true},
+        } pasos[] = {{e.brillante, 0.0f, 1, true, false}, {e.brillante, 1.0f, 1, true, true},
                      {e.rojo->parent(), 0.0f, 4, false, false}, {e.rojo->parent(), 1.0f, 4, true, true}};
         e.rojo->geometry()->firstMaterial()->setDiffuse({1, 0, 0, 1});
         r.renderizar(e.cv.scene, *e.camara, e.tamano);
@@ -118,8 +118,8 @@ private slots:
             QCOMPARE(esRojo(img.pixel(e.pixel({-6, 0, 2}))), p.rojoVisible);
             QCOMPARE(qGreen(img.pixel(e.pixel({6, 0, 2}))) > 100, p.brillanteVisible);
         }
-        e.rojo->setDiffusePropio({Color{0, 0, 1, 1}, nullptr});
-        QVERIFY(qBlue(r.renderizar(e.cv.scene, *e.camara, e.tamano).pixel(e.pixel({-6, 0, 2}))) > 150);
+        e.brillante->setDiffusePropio({Color{0, 0, 1, 1}, nullptr});
+        QVERIFY(qBlue(r.renderizar(e.cv.scene, *e.camara, e.tamano).pixel(e.pixel({6, 0, 2}))) > 150);
         QCOMPARE(r.estadosReescritos(), 1u);
         // One batch for the four elements: a handful of calls, not one per node.
         QCOMPARE(r.estadisticas().lotes, 1);

@@ -225,8 +225,8 @@ TEST(Sincronizacion4D, pasoIncrementalIgualAPasadaCompleta) {
     for (int dia : {0, 3, 17, 40, 22, 60, 61, 95, 12, -1, 101, 50}) {
         o.irA(t0.addDays(dia));
         comprobar("día " + std::to_string(dia));
-        if (dia == 40) { // a new element comes into the scene
-            o.agregar("E3");
+        if (dia == 40) { // a new element of a listed name comes into the scene
+            o.agregar(plan[1].elementosNombre[0]);
             propios.push_back(Obra::propio(o.nodos.size() - 1));
         }
         if (dia == 60) // someone else changes the opacity of every listed element

@@ -394,12 +394,19 @@ bool RenderizadorEscena::sincronizarAparienciaDe(std::span<const Node* const> no
     // Every node must be an element of a batch before anything is written:
     // a helper is drawn from its node at each frame and needs nothing, but a
     // node the batches don't know may be one whose look reaches others.
+    // A node changed twice (its opacity and its colour) is written once.
+    if (vuelta_.size() != elementos_ || ++vueltas_ == 0) {
+        vuelta_.assign(elementos_, 0);
+        vueltas_ = 1;
+    }
     std::vector<std::pair<Lote*, std::size_t>> elementos;
     elementos.reserve(nodos.size());
     for (const Node* n : nodos) {
         const auto it = elementoDeNodo_.find(n);
         if (it != elementoDeNodo_.end()) {
-            elementos.push_back(it->second);
+            auto& vuelta = vuelta_[it->second.first->base + it->second.second];
+            if (vuelta != vueltas_) elementos.push_back(it->second);
+            vuelta = vueltas_;
             continue;
         }
         const bool ayudante = std::any_of(ayudantes_.begin(), ayudantes_.end(),

@@ -102,6 +102,8 @@ private:
     // each element is drawn in (0 none, 1 opaque, 2 transparent).
     std::vector<glm::vec4> estado_;
     std::vector<std::uint8_t> pase_;
+    std::vector<std::uint32_t> vuelta_; // the partial sync that last wrote each element
+    std::uint32_t vueltas_ = 0;
     std::unordered_map<const Node*, std::pair<Lote*, std::size_t>> elementoDeNodo_;
     std::size_t estadosReescritos_ = 0;
     unsigned tboBuffer_ = 0, tboTextura_ = 0;
