@@ -137,6 +137,14 @@ TimeLinerView::TimeLinerView(ContentView& cv, QWidget* parent) : QWidget(parent)
     sincronizar();
 }
 
+TimeLinerView::~TimeLinerView() {
+    playTimer_.stop();
+    if (!abierta_) return;
+    // The workspace's signal must not reach this half-destroyed view.
+    disconnect(&cv_, nullptr, this, nullptr);
+    cv_.cerrarTimeLiner();
+}
+
 QWidget* TimeLinerView::crearBarra() {
     auto* barra = new QWidget(this);
     auto* h = new QHBoxLayout(barra);
@@ -414,6 +422,7 @@ void TimeLinerView::showEvent(QShowEvent* evento) {
     QWidget::showEvent(evento);
     if (iniciada_) return;
     iniciada_ = true;
+    abierta_ = true;
     cv_.iniciarTimeLiner();
     // The first synchronisation waits for the 3D view to be at hand; one
     // that comes after the window closed finds the timeline shut.
@@ -423,6 +432,7 @@ void TimeLinerView::showEvent(QShowEvent* evento) {
 void TimeLinerView::closeEvent(QCloseEvent* evento) {
     // No tick may run after this: the scene is restored below.
     playTimer_.stop();
+    abierta_ = false;
     if (editor_) editor_->reject();
     cv_.cerrarTimeLiner();
     evento->accept();

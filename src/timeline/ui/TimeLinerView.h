@@ -33,6 +33,8 @@ class TimeLinerView : public QWidget {
     Q_OBJECT
 public:
     explicit TimeLinerView(ContentView& cv, QWidget* parent = nullptr);
+    // A view released while still open restores the scene as closing does.
+    ~TimeLinerView() override;
 
     // "Exportar Gantt a PDF": the save panel, then the file.
     void exportarGanttPDF();
@@ -53,6 +55,7 @@ private:
 
     ContentView& cv_;
     bool iniciada_ = false;
+    bool abierta_ = false; // shown and not closed yet: the scene shows the schedule
     QSlider* scrubber_ = nullptr;
     QLabel* fechaScrubber_ = nullptr;
     QCheckBox* autoAvance_ = nullptr;
