@@ -330,16 +330,28 @@ public:
     // whose box has extent, with its box read now.
     std::vector<NodoBB> candidatosInterferencia() const;
 
-    // Timeline. Opening puts the scrubber on the config's start; closing
-    // puts out the lit elements.
+    // Timeline. Opening puts the scrubber on the config's start and lets it
+    // drive the scene; closing stops playback, puts out the lit elements and
+    // restores the scene.
     void iniciarTimeLiner();
     void cerrarTimeLiner();
+    // Moves the scrubber; while the timeline is open the scene follows.
     void fijarFechaScrubber(const QDateTime& fecha);
     // r, from 0 to 1, along the config's range.
     void arrastrarScrubber(double r);
     void retrocederScrubber();
     void avanzarScrubber();
     void fijarAutoAvance(bool activo);
+    // 4D: applies the scrubber date to the scene and writes estadoSync4D
+    // (nothing while the timeline is closed); restaurarEscena undoes it all,
+    // lit elements included.
+    void sincronizar4D();
+    void restaurarEscena();
+    // Play or pause: playing from the end starts again from the beginning.
+    void alternarReproduccion();
+    // One tick of playback: the date moves on by velocidad / 30 days.
+    void pasoReproduccion();
+    void fijarVelocidad(double diasPorSegundo);
     void alternarCWA(const std::string& codigo);
     // Selects a package by id (none clears) and lights its elements, and
     // for an area or a CWP those of the packages that carry its figures.

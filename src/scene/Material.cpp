@@ -3,7 +3,7 @@
 namespace teskal {
 
 void Material::tocar() {
-    if (auto c = contadores_.lock()) ++c->apariencia;
+    if (auto c = contadores_.lock()) c->tocarApariencia();
 }
 
 void Material::setDiffuse(const Color& c) {
@@ -14,6 +14,11 @@ void Material::setDiffuse(const Color& c) {
 void Material::setDiffuseImagen(std::shared_ptr<const ImagenRGBA> imagen) {
     diffuseImagen_ = std::move(imagen);
     diffuse_.reset();
+    tocar();
+}
+void Material::setDiffuseContenido(const ContenidoDiffuse& c) {
+    diffuse_ = c.color;
+    diffuseImagen_ = c.imagen;
     tocar();
 }
 void Material::setEmission(const Color& c) {

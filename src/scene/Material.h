@@ -20,6 +20,15 @@ struct ImagenRGBA {
 
 enum class ModeloIluminacion { Phong, Lambert, Constante };
 
+// What a material's diffuse channel holds: a colour, an image, or nothing.
+struct ContenidoDiffuse {
+    std::optional<Color> color;
+    std::shared_ptr<const ImagenRGBA> imagen;
+    friend bool operator==(const ContenidoDiffuse&, const ContenidoDiffuse&) = default;
+};
+
+class Node;
+
 // A surface's look. Every setter bumps the appearance counter of the scene
 // the material is shown in, so the renderer sees the change.
 class Material {
@@ -28,6 +37,7 @@ public:
     const std::shared_ptr<const ImagenRGBA>& diffuseImagen() const { return diffuseImagen_; }
     // True when the diffuse channel holds neither a colour nor an image.
     bool diffuseVacio() const { return !diffuse_ && !diffuseImagen_; }
+    ContenidoDiffuse diffuseContenido() const { return {diffuse_, diffuseImagen_}; }
     const Color& emission() const { return emission_; }
     float transparency() const { return transparency_; }
     ModeloIluminacion lightingModel() const { return lightingModel_; }
@@ -40,6 +50,8 @@ public:
 
     void setDiffuse(const Color& c);
     void setDiffuseImagen(std::shared_ptr<const ImagenRGBA> imagen);
+    // Puts back contents read with diffuseContenido, whichever they are.
+    void setDiffuseContenido(const ContenidoDiffuse& c);
     void setEmission(const Color& c);
     void setTransparency(float opacidad);
     void setLightingModel(ModeloIluminacion m);
@@ -55,6 +67,7 @@ public:
     void vincularContadores(const std::shared_ptr<SceneCounters>& c) { contadores_ = c; }
 
 private:
+    friend class Node; // Node::setDiffusePropio logs the change as its own
     void tocar();
 
     std::optional<Color> diffuse_;

@@ -16,7 +16,23 @@ void Node::tocarEstructura() {
 }
 
 void Node::tocarApariencia() {
-    if (contadores_) ++contadores_->apariencia;
+    if (contadores_) contadores_->tocarApariencia();
+}
+
+void Node::tocarAparienciaPropia() {
+    if (!contadores_) return;
+    if (hijos_.empty()) contadores_->tocarAparienciaDe(this);
+    else contadores_->tocarApariencia();
+}
+
+void Node::setDiffusePropio(const ContenidoDiffuse& c) {
+    if (!geometria_ || geometria_->materiales.empty() || !geometria_->materiales.front()) return;
+    const auto& m = geometria_->materiales.front();
+    // A geometry or material held elsewhere may be shown by another node.
+    if (geometria_.use_count() != 1 || m.use_count() != 1) return m->setDiffuseContenido(c);
+    m->diffuse_ = c.color;
+    m->diffuseImagen_ = c.imagen;
+    tocarAparienciaPropia();
 }
 
 void Node::vincularContadores(const std::shared_ptr<SceneCounters>& c) {
@@ -81,12 +97,12 @@ void Node::setScale(const glm::vec3& s) {
 void Node::setHidden(bool v) {
     if (oculto_ == v) return;
     oculto_ = v;
-    tocarApariencia();
+    tocarAparienciaPropia();
 }
 void Node::setOpacity(float v) {
     if (opacidad_ == v) return;
     opacidad_ = v;
-    tocarApariencia();
+    tocarAparienciaPropia();
 }
 void Node::setBillboard(bool v) {
     billboard_ = v;

@@ -96,6 +96,11 @@ public:
     void vincularContadores(const std::shared_ptr<SceneCounters>& c);
     // Marks an appearance change made directly on this node's materials.
     void tocarApariencia();
+    // Sets the diffuse contents of the first material. When this node alone
+    // shows that material (a geometry and a material of its own, no
+    // children), the change is logged as this node's, and the renderer
+    // rewrites the state of this node only. Does nothing without a material.
+    void setDiffusePropio(const ContenidoDiffuse& c);
 
 private:
     Node() = default;
@@ -108,6 +113,9 @@ private:
         }
     }
     void tocarEstructura();
+    // An appearance change of this node's own: logged by node for a leaf,
+    // whose look reaches no other node.
+    void tocarAparienciaPropia();
 
     std::optional<std::string> name_;
     std::string globalId_;

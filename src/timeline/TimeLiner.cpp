@@ -6,6 +6,7 @@
 #include "timeline/EditorPaquete.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_set>
 
 namespace teskal {
@@ -24,13 +25,16 @@ void fijarEmision(Node& n, const Color& c) {
 
 void ContentView::iniciarTimeLiner() {
     timeline.fechaScrubber = timeLiner.fechaInicio;
+    timeline.modo4D = true;
     emit changed();
 }
 
 void ContentView::cerrarTimeLiner() {
-    for (const auto& n : timeline.nodosDestacados)
-        if (n) fijarEmision(*n, colores::negro);
-    timeline.nodosDestacados.clear();
+    // Playback stops first: a tick after this point finds it stopped and
+    // leaves the restored scene alone.
+    timeline.reproduciendo = false;
+    timeline.modo4D = false;
+    restaurarEscena();
     timeline.seleccionado.reset();
     timeline.paqueteEditando.reset();
     emit changed();
@@ -39,6 +43,58 @@ void ContentView::cerrarTimeLiner() {
 void ContentView::fijarFechaScrubber(const QDateTime& fecha) {
     if (!fecha.isValid()) return;
     timeline.fechaScrubber = fecha;
+    if (timeline.modo4D) sincronizar4D();
+    else emit changed();
+}
+
+void ContentView::sincronizar4D() {
+    if (!timeline.modo4D) return;
+    // The live view reaches the whole scene; without it, the disciplines'
+    // roots.
+    const bool vista = viewport.puntoDeVista() != nullptr;
+    std::vector<std::shared_ptr<Node>> raices;
+    if (vista) raices.push_back(scene.rootNode());
+    else
+        for (const auto& clave : ordenEspecialidades)
+            if (const auto it = especialidades.find(clave); it != especialidades.end() && it->second.nodoRaiz)
+                raices.push_back(it->second.nodoRaiz);
+    const VersionPaquetes version{cambios, timeLiner.paquetes.data(), timeLiner.paquetes.size()};
+    const Resultado4D r = timeline.sincronia.aplicar(timeLiner.paquetes, version, raices, scene.contadores(),
+                                                     timeline.fechaScrubber);
+    timeline.estadoSync4D = textoEstadoSync4D(r, vista);
+    emit changed();
+}
+
+void ContentView::restaurarEscena() {
+    for (const auto& n : timeline.nodosDestacados)
+        if (n) fijarEmision(*n, colores::negro);
+    timeline.nodosDestacados.clear();
+    timeline.sincronia.restaurar();
+    timeline.estadoSync4D.clear();
+}
+
+void ContentView::alternarReproduccion() {
+    if (timeline.reproduciendo) {
+        timeline.reproduciendo = false;
+    } else {
+        if (timeline.fechaScrubber >= timeLiner.fechaFin) timeline.fechaScrubber = timeLiner.fechaInicio;
+        timeline.reproduciendo = true;
+    }
+    emit changed();
+}
+
+void ContentView::pasoReproduccion() {
+    if (!timeline.reproduciendo) return;
+    // Not limited: the date may stand up to one tick past the end.
+    const auto paso = static_cast<qint64>(std::llround(timeline.velocidad / ticksPorSegundo * 86400.0 * 1000.0));
+    timeline.fechaScrubber = timeline.fechaScrubber.addMSecs(paso);
+    if (timeline.fechaScrubber >= timeLiner.fechaFin) timeline.reproduciendo = false;
+    if (timeline.modo4D) sincronizar4D();
+    else emit changed();
+}
+
+void ContentView::fijarVelocidad(double diasPorSegundo) {
+    timeline.velocidad = diasPorSegundo;
     emit changed();
 }
 

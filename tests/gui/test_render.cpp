@@ -99,6 +99,28 @@ private slots:
         const QImage azul = r.renderizar(e.cv.scene, *e.camara, e.tamano);
         QVERIFY(qBlue(azul.pixel(e.pixel({-6, 0, 2}))) > 150);
         QCOMPARE(r.estadisticas().lotes, estructura);
+        QCOMPARE(r.estadosReescritos(), 4u); // a material's change is not tied to one node
+        // An element's own look rewrites its state alone, in its place; a
+        // model root's reaches all its elements.
+        const struct {
+            std::shared_ptr<Node> nodo;
+            float opacidad;
+            std::size_t reescritos;
+            bool rojoVisible, brillanteVisible;
+        } pasos[] = {{e.brillante, 0.0f, 1, true, false}, {e.brillante, 1.0f, 1, true, true},
+                     {e.rojo->parent(), 0.0f, 4, false, false}, {e.rojo->parent(), 1.0f, 4, true, true}};
+        e.rojo->geometry()->firstMaterial()->setDiffuse({1, 0, 0, 1});
+        r.renderizar(e.cv.scene, *e.camara, e.tamano);
+        for (const auto& p : pasos) {
+            p.nodo->setOpacity(p.opacidad);
+            const QImage img = r.renderizar(e.cv.scene, *e.camara, e.tamano);
+            QCOMPARE(r.estadosReescritos(), p.reescritos);
+            QCOMPARE(esRojo(img.pixel(e.pixel({-6, 0, 2}))), p.rojoVisible);
+            QCOMPARE(qGreen(img.pixel(e.pixel({6, 0, 2}))) > 100, p.brillanteVisible);
+        }
+        e.brillante->setDiffusePropio({Color{0, 0, 1, 1}, nullptr});
+        QVERIFY(qBlue(r.renderizar(e.cv.scene, *e.camara, e.tamano).pixel(e.pixel({6, 0, 2}))) > 150);
+        QCOMPARE(r.estadosReescritos(), 1u);
         // One batch for the four elements: a handful of calls, not one per node.
         QCOMPARE(r.estadisticas().lotes, 1);
         QVERIFY(r.estadisticas().llamadasDibujo <= 8);

@@ -1,7 +1,7 @@
 // The timeline under Xvfb: the Gantt PDF read back with poppler, the window
 // opened from the sidebar, a plan made through the editor with its bar, its
-// EVM figures and its elements lit from its row, and the package sheet's
-// rendering of its elements alone.
+// EVM figures and its elements lit from its row, the package sheet's
+// rendering of its elements alone, and the schedule played on the scene.
 #include "app/ui/VentanaPrincipal.h"
 #include "federation/CentroNotificaciones.h"
 #include "federation/ContentView.h"
@@ -13,6 +13,8 @@
 #include "timeline/ui/FichaAWPView.h"
 #include "timeline/ui/TimeLinerView.h"
 #include "timeline/ui/VistaGantt.h"
+#include "viewport/render/CamaraRender.h"
+#include "viewport/render/RenderizadorImagenes.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -21,6 +23,7 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QSlider>
+#include <QToolButton>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTreeWidget>
@@ -317,6 +320,97 @@ private slots:
                  QStringLiteral("Construction Work Area — CWA-01"));
         QVERIFY(ficha->findChild<QLabel*>(QStringLiteral("imagenRender")));
         ficha->accept();
+    }
+
+    // A generated model of three boxes seen from above, two of them in
+    // packages: the scrubber at three dates shows them hidden, translucent
+    // green and in their own colours, and closing during playback puts the
+    // scene back.
+    void reproduccion4D() {
+        ContentView cv{"/no/hay"};
+        ContentView::configurarLuces(cv.scene);
+        auto modelo = Node::crear();
+        cv.scene.rootNode()->addChildNode(modelo);
+        const Color rojo{0.9f, 0.1f, 0.1f, 1}, azul{0.1f, 0.2f, 0.9f, 1}, gris{0.6f, 0.6f, 0.6f, 1};
+        const auto muro = caja("Muro A", {-7, -2, 0}, {-3, 2, 3}, rojo);
+        const auto losa = caja("Losa B", {-2, -2, 0}, {2, 2, 3}, azul);
+        const auto viga = caja("Viga C", {3, -2, 0}, {7, 2, 3}, gris);
+        for (const auto& n : {muro, losa, viga}) modelo->addChildNode(n);
+        auto camara = Node::crear("camara");
+        camara->setCamera(Camera{45.0f, 0.1f, 100.0f, false, 1.0f});
+        camara->setPosition({0, 0, 20});
+        camara->setEulerAngles(eulerMirandoA({0, 0, -1}, {0, 1, 0}));
+        cv.viewport.vincularPuntoDeVista(camara);
+        cv.timeLiner = TimeLinerConfig::porDefecto(t0);
+        cv.timeLiner.fechaFin = t0.addDays(100);
+        PaqueteAWP i1 = PaqueteAWP::nuevo(t0.addDays(5)), i2 = PaqueteAWP::nuevo(t0.addDays(40));
+        i1.codigo = "IWP-01";
+        i1.elementosNombre = {"Muro A"};
+        i2.codigo = "IWP-02";
+        i2.elementosNombre = {"Losa B"};
+        cv.timeLiner.paquetes = {i1, i2}; // each 30 days long
+
+        RenderizadorImagenes r;
+        if (!r.valido()) QSKIP("no OpenGL 3.3 context for the offscreen rendering");
+        const QSize tamano(400, 300);
+        const auto c = CamaraRender::desdeNodo(*camara, 400.0f / 300.0f);
+        const auto pixel = [&](const QImage& img, glm::vec3 p) {
+            const glm::vec4 clip = c.proyeccion * c.vista * glm::vec4(p, 1);
+            return img.pixelColor(int((clip.x / clip.w * 0.5f + 0.5f) * 400), int((0.5f - clip.y / clip.w * 0.5f) * 300));
+        };
+        // What each box shows at its centre: 'f' the background (hidden), 'v'
+        // translucent green, or its own colour: 'r' red, 'a' blue, 'g' grey.
+        const auto clase = [](const QColor& p) {
+            const int r = p.red(), g = p.green(), b = p.blue();
+            if (g > r + 60 && g > b) return 'v';
+            if (r > g + 80 && r > b + 80) return 'r';
+            if (b > r + 80) return 'a';
+            if (r > 150 && g > 140 && b > 150 && b > r + 8) return 'f';
+            if (std::max({r, g, b}) - std::min({r, g, b}) < 20) return 'g';
+            return '?';
+        };
+        const auto mirar = [&](const char* donde, const char* esperado) {
+            const QImage img = r.renderizar(cv.scene, *camara, tamano);
+            std::string visto;
+            for (const glm::vec3 centro : {glm::vec3(-5, 0, 3), glm::vec3(0, 0, 3), glm::vec3(5, 0, 3)})
+                visto += clase(pixel(img, centro));
+            QVERIFY2(visto == esperado, qPrintable(QStringLiteral("%1: %2").arg(donde, QString::fromStdString(visto))));
+        };
+
+        TimeLinerView vista(cv);
+        vista.resize(1200, 720);
+        vista.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&vista));
+        auto* estado = vista.findChild<QLabel*>(QStringLiteral("estadoSync4D"));
+        // The first synchronisation comes a moment after opening: all pending.
+        QTRY_COMPARE(estado->text(), QStringLiteral("🔵0 ✅0 ⬜2"));
+        mirar("apertura", "ffg");
+        auto* scrubber = vista.findChild<QSlider*>(QStringLiteral("scrubber"));
+        scrubber->setValue(200); // day 20
+        QCOMPARE(estado->text(), QStringLiteral("🔵0 ✅1 ⬜1"));
+        mirar("día 20", "vfg");
+        scrubber->setValue(500); // day 50
+        QCOMPARE(estado->text(), QStringLiteral("🔵1 ✅1 ⬜0"));
+        mirar("día 50", "rvg");
+        for (int i = 0; i < 2; ++i) vista.findChild<QToolButton*>(QStringLiteral("avanzarScrubber"))->click();
+        QCOMPARE(cv.timeline.fechaScrubber, cv.timeLiner.fechaFin); // held at the end
+        QCOMPARE(estado->text(), QStringLiteral("🔵2 ✅0 ⬜0"));
+        mirar("al final", "rag");
+
+        // Play from the end starts again at the beginning; close while it runs.
+        vista.findChild<QToolButton*>(QStringLiteral("reproducir"))->click();
+        QVERIFY(cv.timeline.reproduciendo);
+        QTRY_VERIFY(cv.timeline.fechaScrubber > t0.addDays(1));
+        QVERIFY(cv.timeline.fechaScrubber < t0.addDays(30));
+        QCOMPARE(muro->opacity() < 1.0f, true);
+        vista.close();
+        QVERIFY(!cv.timeline.reproduciendo);
+        QTest::qWait(150); // a tick would have come by now
+        for (const auto& [n, color] : {std::pair(muro, rojo), std::pair(losa, azul), std::pair(viga, gris)}) {
+            QCOMPARE(n->opacity(), 1.0f);
+            QCOMPARE(n->geometry()->firstMaterial()->diffuse(), std::optional<Color>(color));
+        }
+        mirar("cerrada", "rag");
     }
 };
 

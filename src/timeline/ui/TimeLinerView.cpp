@@ -130,10 +130,20 @@ TimeLinerView::TimeLinerView(ContentView& cv, QWidget* parent) : QWidget(parent)
     division->setSizes({700, 480});
     v->addWidget(division, 1);
 
+    playTimer_.setInterval(1000 / ticksPorSegundo);
+    connect(&playTimer_, &QTimer::timeout, this, [this] { cv_.pasoReproduccion(); });
     reconstruirTrasCambios(cv_, this, [this] { reconstruirPanelEVM(); });
     connect(&cv_, &ContentView::changed, this, &TimeLinerView::sincronizar);
     reconstruirPanelEVM();
     sincronizar();
+}
+
+TimeLinerView::~TimeLinerView() {
+    playTimer_.stop();
+    if (!abierta_) return;
+    // The workspace's signal must not reach this half-destroyed view.
+    disconnect(&cv_, nullptr, this, nullptr);
+    cv_.cerrarTimeLiner();
 }
 
 QWidget* TimeLinerView::crearBarra() {
@@ -207,10 +217,27 @@ QWidget* TimeLinerView::crearScrubber() {
     autoAvance_->setObjectName(QStringLiteral("autoAvance"));
     autoAvance_->setStyleSheet(QStringLiteral("color: #e6e6e6;"));
     connect(autoAvance_, &QCheckBox::toggled, this, [this](bool activo) { cv_.fijarAutoAvance(activo); });
+    reproducir_ = new QToolButton(fila);
+    reproducir_->setObjectName(QStringLiteral("reproducir"));
+    reproducir_->setMinimumWidth(32);
+    connect(reproducir_, &QToolButton::clicked, this, [this] { cv_.alternarReproduccion(); });
+    auto* velocidad = new QComboBox(fila);
+    velocidad->setObjectName(QStringLiteral("velocidad"));
+    for (const auto& [texto, dias] : velocidades4D) velocidad->addItem(QString::fromUtf8(texto), dias);
+    velocidad->setCurrentIndex(1); // "2×", 30 days a second
+    connect(velocidad, &QComboBox::currentIndexChanged, this,
+            [this, velocidad](int i) { cv_.fijarVelocidad(velocidad->itemData(i).toDouble()); });
+    estadoSync4D_ = new QLabel(fila);
+    estadoSync4D_->setObjectName(QStringLiteral("estadoSync4D"));
+    estadoSync4D_->setMinimumWidth(150);
+    estadoSync4D_->setStyleSheet(QStringLiteral("color: #bbb;"));
+    h->addWidget(reproducir_);
+    h->addWidget(velocidad);
     h->addWidget(atras);
     h->addWidget(scrubber_, 1);
     h->addWidget(adelante);
     h->addWidget(fechaScrubber_);
+    h->addWidget(estadoSync4D_);
     h->addWidget(autoAvance_);
     return fila;
 }
@@ -228,6 +255,17 @@ void TimeLinerView::sincronizar() {
         autoAvance_->setChecked(cv_.timeline.modoAutoAvance);
     }
     fechaScrubber_->setText(q(textoFechaGantt(cv_.timeline.fechaScrubber, "dd-MM-yyyy")));
+    estadoSync4D_->setText(q(cv_.timeline.estadoSync4D));
+    // The timer follows the workspace: a tick that reaches the end stops it.
+    const bool reproduciendo = cv_.timeline.reproduciendo && cv_.timeline.modo4D;
+    if (reproduciendo != playTimer_.isActive()) {
+        if (reproduciendo) playTimer_.start();
+        else playTimer_.stop();
+    }
+    reproducir_->setText(reproduciendo ? QStringLiteral("⏸") : QStringLiteral("▶"));
+    reproducir_->setToolTip(reproduciendo ? QStringLiteral("Pausa") : QStringLiteral("Reproducir"));
+    reproducir_->setStyleSheet(QStringLiteral("color: %1; font-weight: bold;")
+                                   .arg(css(reproduciendo ? colores::naranja : colores::verde)));
     if (cv_.timeline.paqueteEditando && !editor_) {
         editor_ = new EditorPaqueteView(cv_, *cv_.timeline.paqueteEditando, this);
         editor_->setAttribute(Qt::WA_DeleteOnClose);
@@ -395,10 +433,17 @@ void TimeLinerView::showEvent(QShowEvent* evento) {
     QWidget::showEvent(evento);
     if (iniciada_) return;
     iniciada_ = true;
+    abierta_ = true;
     cv_.iniciarTimeLiner();
+    // The first synchronisation waits for the 3D view to be at hand; one
+    // that comes after the window closed finds the timeline shut.
+    QTimer::singleShot(300, this, [this] { cv_.sincronizar4D(); });
 }
 
 void TimeLinerView::closeEvent(QCloseEvent* evento) {
+    // No tick may run after this: the scene is restored below.
+    playTimer_.stop();
+    abierta_ = false;
     if (editor_) editor_->reject();
     cv_.cerrarTimeLiner();
     evento->accept();

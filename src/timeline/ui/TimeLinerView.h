@@ -1,11 +1,13 @@
 #pragma once
 
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 #include <string>
 
 class QCheckBox;
 class QLabel;
+class QToolButton;
 class QScrollArea;
 class QSlider;
 class QStackedWidget;
@@ -24,12 +26,15 @@ void temaTimeline(QWidget& w);
 
 // The timeline window: the scrubber with its steps and "Auto %", the Gantt of
 // the package tree, and beside it the earned-value panel or the S-curve.
-// Opening puts the scrubber on the plan's start; closing puts out the lit
-// elements.
+// Opening puts the scrubber on the plan's start and, a moment later, shows
+// the schedule on the 3D scene; stepping, dragging and playing move it on.
+// Closing stops playback and restores the scene.
 class TimeLinerView : public QWidget {
     Q_OBJECT
 public:
     explicit TimeLinerView(ContentView& cv, QWidget* parent = nullptr);
+    // A view released while still open restores the scene as closing does.
+    ~TimeLinerView() override;
 
     // "Exportar Gantt a PDF": the save panel, then the file.
     void exportarGanttPDF();
@@ -50,9 +55,13 @@ private:
 
     ContentView& cv_;
     bool iniciada_ = false;
+    bool abierta_ = false; // shown and not closed yet: the scene shows the schedule
     QSlider* scrubber_ = nullptr;
     QLabel* fechaScrubber_ = nullptr;
     QCheckBox* autoAvance_ = nullptr;
+    QToolButton* reproducir_ = nullptr;
+    QLabel* estadoSync4D_ = nullptr;
+    QTimer playTimer_; // 30 ticks a second while playing
     QScrollArea* desplazaGantt_ = nullptr;
     VistaGantt* gantt_ = nullptr;
     QStackedWidget* lateral_ = nullptr;

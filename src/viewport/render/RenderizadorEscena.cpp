@@ -192,14 +192,20 @@ void RenderizadorEscena::sincronizar(Scene& escena) {
     const bool otraEscena = escena_ != &escena || raizEscena_.lock() != escena.rootNode();
     escena_ = &escena;
     raizEscena_ = escena.rootNode();
-    if (otraEscena || estructura_ != escena.contadores().estructura) {
+    const SceneCounters& c = escena.contadores();
+    if (otraEscena || estructura_ != c.estructura) {
         sincronizarEstructura(escena);
-        estructura_ = escena.contadores().estructura;
+        estructura_ = c.estructura;
         apariencia_ = ~0ull;
     }
-    if (apariencia_ != escena.contadores().apariencia) {
-        sincronizarApariencia();
-        apariencia_ = escena.contadores().apariencia;
+    if (apariencia_ != c.apariencia) {
+        // Changes logged by node since the last sync rewrite those nodes
+        // alone; a log of more nodes than half the elements costs more to
+        // read than a full pass.
+        const auto cambios = apariencia_ == ~0ull ? std::nullopt : c.cambiosDesde(apariencia_);
+        if (!cambios || cambios->size() > elementos_ / 2 || !sincronizarAparienciaDe(*cambios))
+            sincronizarApariencia();
+        apariencia_ = c.apariencia;
     }
 }
 
@@ -233,6 +239,7 @@ void RenderizadorEscena::sincronizarEstructura(Scene& escena) {
     for (auto& l : lotes_) viejos[l->raiz.get()] = std::move(l);
     std::size_t base = 0;
     nodoDeId_.clear();
+    elementoDeNodo_.clear();
     for (auto& l : nuevos) {
         std::size_t firma = 0;
         for (const auto& n : l->nodos) {
@@ -246,7 +253,10 @@ void RenderizadorEscena::sincronizarEstructura(Scene& escena) {
         l->firma = firma;
         l->base = base;
         base += l->nodos.size();
-        for (const auto& n : l->nodos) nodoDeId_.push_back(n);
+        for (std::size_t i = 0; i < l->nodos.size(); ++i) {
+            nodoDeId_.push_back(l->nodos[i]);
+            elementoDeNodo_.emplace(l->nodos[i].get(), std::pair(l.get(), i));
+        }
         const auto viejo = viejos.find(l->raiz.get());
         if (viejo != viejos.end() && viejo->second->firma == firma) {
             l->vao = std::exchange(viejo->second->vao, 0);
@@ -339,31 +349,84 @@ void RenderizadorEscena::subirLote(Lote& lote) {
     lote.vertices = static_cast<int>(datos.size());
 }
 
+void RenderizadorEscena::escribirEstado(Lote& l, std::size_t i) {
+    const Node& n = *l.nodos[i];
+    bool oculto;
+    float opacidad;
+    estadoHeredado(n, oculto, opacidad);
+    const Material* m = n.geometry()->firstMaterial();
+    const Color e = m ? m->emission() : Color{0, 0, 0, 1};
+    const glm::vec4 color = colorEfectivo(m, opacidad, oculto);
+    const std::size_t k = l.base + i;
+    switch (pase_[k]) {
+    case 1: --l.opacos; break;
+    case 2: --l.transparentes; break;
+    default: break;
+    }
+    pase_[k] = color.a >= 0.999f ? 1 : color.a > 0.0f ? 2 : 0;
+    switch (pase_[k]) {
+    case 1: ++l.opacos; break;
+    case 2: ++l.transparentes; break;
+    default: break;
+    }
+    estado_[k * 2] = color;
+    estado_[k * 2 + 1] = glm::vec4(e.r, e.g, e.b, m ? static_cast<float>(codigoIluminacion(m->lightingModel())) : 0.0f);
+}
+
 void RenderizadorEscena::sincronizarApariencia() {
-    std::vector<glm::vec4> estado(std::max<std::size_t>(elementos_, 1) * 2, glm::vec4(0.0f));
+    estado_.assign(std::max<std::size_t>(elementos_, 1) * 2, glm::vec4(0.0f));
+    pase_.assign(std::max<std::size_t>(elementos_, 1), 0);
     for (const auto& l : lotes_) {
         l->opacos = l->transparentes = 0;
-        for (std::size_t i = 0; i < l->nodos.size(); ++i) {
-            const Node& n = *l->nodos[i];
-            bool oculto;
-            float opacidad;
-            estadoHeredado(n, oculto, opacidad);
-            const Material* m = n.geometry()->firstMaterial();
-            const Color e = m ? m->emission() : Color{0, 0, 0, 1};
-            const glm::vec4 color = colorEfectivo(m, opacidad, oculto);
-            if (color.a >= 0.999f) ++l->opacos;
-            else if (color.a > 0.0f) ++l->transparentes;
-            estado[(l->base + i) * 2] = color;
-            estado[(l->base + i) * 2 + 1] =
-                glm::vec4(e.r, e.g, e.b, m ? static_cast<float>(codigoIluminacion(m->lightingModel())) : 0.0f);
-        }
+        for (std::size_t i = 0; i < l->nodos.size(); ++i) escribirEstado(*l, i);
     }
+    estadosReescritos_ = elementos_;
     glBindBuffer(GL_TEXTURE_BUFFER, tboBuffer_);
-    glBufferData(GL_TEXTURE_BUFFER, static_cast<GLsizeiptr>(estado.size() * sizeof(glm::vec4)), estado.data(),
+    glBufferData(GL_TEXTURE_BUFFER, static_cast<GLsizeiptr>(estado_.size() * sizeof(glm::vec4)), estado_.data(),
                  GL_DYNAMIC_DRAW);
     glBindTexture(GL_TEXTURE_BUFFER, tboTextura_);
     glTexBuffer(GL_TEXTURE_BUFFER, GL_RGBA32F, tboBuffer_);
     glBindBuffer(GL_TEXTURE_BUFFER, 0);
+}
+
+bool RenderizadorEscena::sincronizarAparienciaDe(std::span<const Node* const> nodos) {
+    if (estado_.size() != std::max<std::size_t>(elementos_, 1) * 2) return false;
+    // Every node must be an element of a batch before anything is written:
+    // a helper is drawn from its node at each frame and needs nothing, but a
+    // node the batches don't know may be one whose look reaches others.
+    // A node changed twice (its opacity and its colour) is written once.
+    if (vuelta_.size() != elementos_ || ++vueltas_ == 0) {
+        vuelta_.assign(elementos_, 0);
+        vueltas_ = 1;
+    }
+    std::vector<std::pair<Lote*, std::size_t>> elementos;
+    elementos.reserve(nodos.size());
+    for (const Node* n : nodos) {
+        const auto it = elementoDeNodo_.find(n);
+        if (it != elementoDeNodo_.end()) {
+            auto& vuelta = vuelta_[it->second.first->base + it->second.second];
+            if (vuelta != vueltas_) elementos.push_back(it->second);
+            vuelta = vueltas_;
+            continue;
+        }
+        const bool ayudante = std::any_of(ayudantes_.begin(), ayudantes_.end(),
+                                          [n](const Ayudante& a) { return a.nodo.get() == n; });
+        if (!ayudante) return false;
+    }
+    // One upload of the span between the first and the last changed element.
+    std::size_t desde = elementos_, hasta = 0;
+    for (const auto& [l, i] : elementos) {
+        escribirEstado(*l, i);
+        desde = std::min(desde, l->base + i);
+        hasta = std::max(hasta, l->base + i + 1);
+    }
+    estadosReescritos_ = elementos.size();
+    if (desde >= hasta) return true;
+    glBindBuffer(GL_TEXTURE_BUFFER, tboBuffer_);
+    glBufferSubData(GL_TEXTURE_BUFFER, static_cast<GLintptr>(desde * 2 * sizeof(glm::vec4)),
+                    static_cast<GLsizeiptr>((hasta - desde) * 2 * sizeof(glm::vec4)), estado_.data() + desde * 2);
+    glBindBuffer(GL_TEXTURE_BUFFER, 0);
+    return true;
 }
 
 RenderizadorEscena::BufferAyudante& RenderizadorEscena::bufferDe(const Geometry& g) {

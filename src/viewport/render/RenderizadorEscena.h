@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -62,6 +63,9 @@ public:
     std::optional<Color> fondoLiso;
     bool sombras = true;
     const EstadisticasRender& estadisticas() const { return estadisticas_; }
+    // The element states the last appearance sync rewrote: every element,
+    // or only the nodes whose own look changed.
+    std::size_t estadosReescritos() const { return estadosReescritos_; }
 
 private:
     struct Lote;
@@ -71,6 +75,11 @@ private:
     void sincronizar(Scene& escena);
     void sincronizarEstructura(Scene& escena);
     void sincronizarApariencia();
+    // Rewrites the state of these element nodes alone; false when one of
+    // them is not an element of a batch (then everything is rewritten).
+    bool sincronizarAparienciaDe(std::span<const Node* const> nodos);
+    // The state of element `i` of a batch into estado_, and its pass counted.
+    void escribirEstado(Lote& lote, std::size_t i);
     void subirLote(Lote& lote);
     BufferAyudante& bufferDe(const Geometry& g);
     unsigned texturaDe(const std::shared_ptr<const ImagenRGBA>& imagen);
@@ -89,6 +98,14 @@ private:
     std::unordered_map<const ImagenRGBA*, std::pair<unsigned, std::shared_ptr<const ImagenRGBA>>> texturas_;
     std::vector<std::weak_ptr<Node>> nodoDeId_; // id - 1 to node
     std::size_t elementos_ = 0;
+    // The element state as uploaded (two texels per element) and the pass
+    // each element is drawn in (0 none, 1 opaque, 2 transparent).
+    std::vector<glm::vec4> estado_;
+    std::vector<std::uint8_t> pase_;
+    std::vector<std::uint32_t> vuelta_; // the partial sync that last wrote each element
+    std::uint32_t vueltas_ = 0;
+    std::unordered_map<const Node*, std::pair<Lote*, std::size_t>> elementoDeNodo_;
+    std::size_t estadosReescritos_ = 0;
     unsigned tboBuffer_ = 0, tboTextura_ = 0;
     unsigned sombraFbo_ = 0, sombraTextura_ = 0;
     int ladoSombra_ = 2048;

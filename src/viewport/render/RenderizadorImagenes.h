@@ -37,6 +37,7 @@ public:
     std::optional<ResultadoPick> elegir(Scene& escena, const Node& camara, QSize tamano, QPoint pixel,
                                         bool incluirPiso);
     const EstadisticasRender& estadisticas() const { return renderizador_.estadisticas(); }
+    std::size_t estadosReescritos() const { return renderizador_.estadosReescritos(); }
 
 private:
     std::unique_ptr<QOpenGLContext> contexto_;
