@@ -5,6 +5,7 @@
 #include "federation/ContentView.h"
 #include "federation/Formato.h"
 #include "ui/TextoQt.h"
+#include "analyses/clash/ReporteHTML.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -109,6 +110,9 @@ QWidget* PanelInterferencias::filaAnalisis(std::size_t indice, QWidget* padre) {
     cuenta(EstadoClash::resuelto);
     auto* tol = new QLabel(q("tol: " + formato("%.3f", a.tolerancia) + " m"), fila);
     tol->setStyleSheet(QStringLiteral("color: gray;"));
+    std::string metodo(textoMetodo(a.metodo));
+    if (a.metodo == MetodoAnalisis::holgura) metodo += formato(" %.3f m", a.holgura);
+    tol->setToolTip(q(metodo));
     h->addWidget(tol);
     auto* reporte = new QToolButton(fila);
     reporte->setObjectName(QStringLiteral("verReporte"));
@@ -140,9 +144,11 @@ QWidget* PanelInterferencias::filaInterferencia(std::size_t analisis, std::size_
     punto->setFixedSize(8, 8);
     punto->setStyleSheet(QStringLiteral("background: %1; border-radius: 4px;").arg(css(colorEstado(i.estado))));
     h->addWidget(punto, 0, Qt::AlignTop);
-    auto* texto = new QLabel(q(i.nombreA) + QStringLiteral("\n↔ ") + q(i.nombreB) + QStringLiteral("\n") +
-                                 q(i.especialidadA) + QStringLiteral(" / ") + q(i.especialidadB),
-                             fila);
+    // An exact or clearance clash adds its measure in millimetres.
+    QString lineas = q(i.nombreA) + QStringLiteral("\n↔ ") + q(i.nombreB) + QStringLiteral("\n") +
+                     q(i.especialidadA) + QStringLiteral(" / ") + q(i.especialidadB);
+    if (i.distancia) lineas += QStringLiteral("\n") + q(tituloMedida(i.metodo) + " " + textoMilimetros(i));
+    auto* texto = new QLabel(lineas, fila);
     texto->setStyleSheet(QStringLiteral("font-size: 11px;"));
     h->addWidget(texto, 1);
     fila->alClicar = [this, analisis, indice] {
