@@ -127,6 +127,7 @@ private slots:
         QLabel* abiertos = nullptr;
         QTRY_VERIFY((abiertos = ventana.findChild<QLabel*>(QStringLiteral("cuentaAbiertos"))) != nullptr);
         QCOMPARE(abiertos->text(), QStringLiteral("1"));
+        QCOMPARE(texto(ventana, "toleranciaMetodo"), QStringLiteral("tol: 0.020 m · exacta"));
         QWidget* linea = nullptr;
         QTRY_VERIFY((linea = ventana.findChild<QWidget*>(QString::fromStdString("interferencia_" + cv.interferencias[0].id))));
         // The slab's thickness is the penetration.

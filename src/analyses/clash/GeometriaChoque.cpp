@@ -139,6 +139,8 @@ void segmentosMasCercanos(const dv& p1, const dv& q1, const dv& p2, const dv& q2
 
 dv normalTriangulo(const Triangulo& t) { return glm::normalize(glm::cross(t.b - t.a, t.c - t.a)); }
 
+CruceTriangulos cruzarConNormales(const Triangulo& ta, const Triangulo& tb, const dv& na, const dv& nb);
+
 bool cajasSeTocan(const dv& amin, const dv& amax, const dv& bmin, const dv& bmax) {
     for (int k = 0; k < 3; ++k)
         if (amin[k] > bmax[k] + epsPlano || bmin[k] > amax[k] + epsPlano) return false;
@@ -172,10 +174,16 @@ bool trianguloDegenerado(const Triangulo& t) {
 }
 
 CruceTriangulos cruzarTriangulos(const Triangulo& ta, const Triangulo& tb) {
+    if (trianguloDegenerado(ta) || trianguloDegenerado(tb)) return {};
+    return cruzarConNormales(ta, tb, normalTriangulo(ta), normalTriangulo(tb));
+}
+
+namespace {
+
+// Two triangles with a surface, each with its unit normal.
+CruceTriangulos cruzarConNormales(const Triangulo& ta, const Triangulo& tb, const dv& na, const dv& nb) {
     CruceTriangulos r;
-    if (trianguloDegenerado(ta) || trianguloDegenerado(tb)) return r;
     const std::array<dv, 3> a{ta.a, ta.b, ta.c}, b{tb.a, tb.b, tb.c};
-    const dv na = normalTriangulo(ta), nb = normalTriangulo(tb);
     std::array<double, 3> db{}, da{};
     for (int i = 0; i < 3; ++i) db[static_cast<std::size_t>(i)] = distanciaPlano(na, ta.a, b[static_cast<std::size_t>(i)]);
     if ((db[0] > 0 && db[1] > 0 && db[2] > 0) || (db[0] < 0 && db[1] < 0 && db[2] < 0)) return r;
@@ -221,6 +229,8 @@ CruceTriangulos cruzarTriangulos(const Triangulo& ta, const Triangulo& tb) {
     r.cuantos = 2;
     return r;
 }
+
+} // namespace
 
 double distanciaTriangulos(const Triangulo& a, const Triangulo& b, dv& enA, dv& enB) {
     const CruceTriangulos c = cruzarTriangulos(a, b);
@@ -368,6 +378,8 @@ void MallaElemento::construir(std::vector<dv> vertices, std::vector<std::array<s
     }
     tri_ = std::move(tri);
     indices_ = std::move(ix);
+    normales_.resize(tri_.size());
+    for (std::size_t i = 0; i < tri_.size(); ++i) normales_[i] = normalTriangulo(tri_[i]);
     orden_ = {};
     cajas_ = {};
 }
@@ -544,13 +556,21 @@ struct Region {
     }
 };
 
-void anadirCruce(Region& r, const Triangulo& ta, const Triangulo& tb) {
-    const CruceTriangulos c = cruzarTriangulos(ta, tb);
+// Triangle i of a against triangle j of b (both with a surface): their boxes
+// first, then the crossing.
+void anadirCruce(Region& r, const MallaElemento& a, std::size_t i, const MallaElemento& b, std::size_t j) {
+    const Triangulo& ta = a.triangulos()[i];
+    const Triangulo& tb = b.triangulos()[j];
+    for (int k = 0; k < 3; ++k) {
+        if (std::max({ta.a[k], ta.b[k], ta.c[k]}) + epsPlano < std::min({tb.a[k], tb.b[k], tb.c[k]})) return;
+        if (std::max({tb.a[k], tb.b[k], tb.c[k]}) + epsPlano < std::min({ta.a[k], ta.b[k], ta.c[k]})) return;
+    }
+    const CruceTriangulos c = cruzarConNormales(ta, tb, a.normales()[i], b.normales()[j]);
     if (!c.cruzan) return;
     r.cruzan = true;
     r.puntos.insert(r.puntos.end(), c.puntos.begin(), c.puntos.begin() + c.cuantos);
-    r.anadirEje(normalTriangulo(ta));
-    r.anadirEje(normalTriangulo(tb));
+    r.anadirEje(a.normales()[i]);
+    r.anadirEje(b.normales()[j]);
 }
 
 // The corners of `a` inside the closed mesh `b`, each corner tested once,
@@ -571,7 +591,7 @@ void anadirInteriores(Region& r, const MallaElemento& a, const MallaElemento& b,
             }
             alguno = alguno || e == 1;
         }
-        if (alguno) r.anadirEje(normalTriangulo(tri[i]));
+        if (alguno) r.anadirEje(a.normales()[i]);
     }
 }
 
@@ -593,8 +613,7 @@ ContactoMallas contactoMallas(const MallaElemento& a, const MallaElemento& b) {
         if (x.cuenta > 0 && y.cuenta > 0) {
             for (std::int32_t p = x.primero; p < x.primero + x.cuenta; ++p)
                 for (std::int32_t q = y.primero; q < y.primero + y.cuenta; ++q)
-                    anadirCruce(r, a.triangulos()[static_cast<std::size_t>(p)],
-                                b.triangulos()[static_cast<std::size_t>(q)]);
+                    anadirCruce(r, a, static_cast<std::size_t>(p), b, static_cast<std::size_t>(q));
             continue;
         }
         const dv ex = x.max - x.min, ey = y.max - y.min;
@@ -613,8 +632,8 @@ ContactoMallas contactoMallas(const MallaElemento& a, const MallaElemento& b) {
 
 ContactoMallas contactoMallasDirecto(const MallaElemento& a, const MallaElemento& b) {
     Region& r = Region::deEsteHilo();
-    for (const auto& ta : a.triangulos())
-        for (const auto& tb : b.triangulos()) anadirCruce(r, ta, tb);
+    for (std::size_t i = 0; i < a.triangulos().size(); ++i)
+        for (std::size_t j = 0; j < b.triangulos().size(); ++j) anadirCruce(r, a, i, b, j);
     anadirInteriores(r, a, b, false);
     anadirInteriores(r, b, a, false);
     return r.cerrar();

@@ -65,6 +65,8 @@ public:
 
     // The triangles with a surface, in the tree's order.
     const std::vector<Triangulo>& triangulos() const { return tri_; }
+    // Their unit normals, in the same order.
+    const std::vector<glm::dvec3>& normales() const { return normales_; }
     // Every edge is shared by an even number of the triangles with a surface
     // (corners matched by position): the mesh encloses a volume and a point
     // can be inside it.
@@ -99,6 +101,7 @@ private:
     std::vector<glm::dvec3> vertices_;
     std::vector<std::array<std::int32_t, 3>> indices_; // parallel to tri_
     std::vector<Triangulo> tri_;
+    std::vector<glm::dvec3> normales_;
     std::vector<NodoArbol> arbol_;
     std::span<std::int32_t> orden_;                       // while building
     std::span<const std::pair<glm::dvec3, glm::dvec3>> cajas_; // while building

@@ -108,11 +108,15 @@ QWidget* PanelInterferencias::filaAnalisis(std::size_t indice, QWidget* padre) {
     };
     cuenta(EstadoClash::abierto);
     cuenta(EstadoClash::resuelto);
-    auto* tol = new QLabel(q("tol: " + formato("%.3f", a.tolerancia) + " m"), fila);
+    // The method follows the tolerance in a word: "exacta", "cajas" or the
+    // clearance; its full name is the tooltip.
+    std::string corto = " · exacta";
+    if (a.metodo == MetodoAnalisis::cajasEnvolventes) corto = " · cajas";
+    if (a.metodo == MetodoAnalisis::holgura) corto = formato(" · holgura %.3f m", a.holgura);
+    auto* tol = new QLabel(q("tol: " + formato("%.3f", a.tolerancia) + " m" + corto), fila);
+    tol->setObjectName(QStringLiteral("toleranciaMetodo"));
     tol->setStyleSheet(QStringLiteral("color: gray;"));
-    std::string metodo(textoMetodo(a.metodo));
-    if (a.metodo == MetodoAnalisis::holgura) metodo += formato(" %.3f m", a.holgura);
-    tol->setToolTip(q(metodo));
+    tol->setToolTip(q(textoMetodo(a.metodo)));
     h->addWidget(tol);
     auto* reporte = new QToolButton(fila);
     reporte->setObjectName(QStringLiteral("verReporte"));
