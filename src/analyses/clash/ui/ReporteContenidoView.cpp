@@ -244,10 +244,15 @@ QWidget* ReporteContenidoView::tabla() {
         // Long element names wrap, so the page keeps to the window's width.
         auto* nombreA = etiqueta(q(i.nombreA), QStringLiteral("font-weight: bold;"), marco);
         nombreA->setWordWrap(true);
+        // The names give way first when the measure's column takes room.
+        nombreA->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        nombreA->setMinimumWidth(90);
         g->addWidget(nombreA, fila, 2);
         g->addWidget(etiqueta(q(i.especialidadA), QStringLiteral("color: #666;"), marco), fila, 3);
         auto* nombreB = etiqueta(q(i.nombreB), QStringLiteral("font-weight: bold;"), marco);
         nombreB->setWordWrap(true);
+        nombreB->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        nombreB->setMinimumWidth(90);
         g->addWidget(nombreB, fila, 4);
         g->addWidget(etiqueta(q(i.especialidadB), QStringLiteral("color: #666;"), marco), fila, 5);
         if (!medida.empty()) {
