@@ -80,7 +80,7 @@ private slots:
         cv.especialidades.at("ARQ").colorOriginal = {0.1f, 0.1f, 0.1f, 1};
         cv.especialidades.at("EST").colorOriginal = {0.1f, 0.1f, 0.1f, 1};
         vincular(cv, "ARQ",
-                 (cajaOBJ("Losa", {-2, -2, 0.9f}, {2, 2, 1.2f}) + cajaOBJ("Muro", {-2, -2, 1.2f}, {-1.5f, 2, 3}, 8))
+                 (cajaOBJ("Losa", {-2, -2, 0.9f}, {2, 2, 1.2f}) + cajaOBJ("Muro", {-1.5f, -2, 1.2f}, {-1, 2, 3}, 8))
                      .c_str());
         vincular(cv, "EST", cajaOBJ("Viga", {-0.5f, -3, 0.5f}, {0.5f, 3, 1.5f}).c_str());
         QTRY_VERIFY((nueva = ventana.findChild<QPushButton*>(QStringLiteral("nuevaDeteccion"))) && nueva->isEnabled());
@@ -155,7 +155,7 @@ private slots:
         desdeArriba();
         QTRY_VERIFY(visor->isValid());
         QVERIFY2(naranja(pixel({1.5f, 1.5f, 1.2f})), qPrintable(QString::number(pixel({1.5f, 1.5f, 1.2f}), 16)));
-        const glm::vec3 sobreMuro(-1.75f, 0.5f, 3);
+        const glm::vec3 sobreMuro(-1.25f, 0.5f, 3); // the slab lies under it, seen from above
         QVERIFY2(qRed(pixel(sobreMuro)) < 90, qPrintable(QString::number(pixel(sobreMuro), 16)));
 
         // A click on the clash's line flies to the contact region and lights
@@ -169,6 +169,8 @@ private slots:
         QVERIFY(cv.modoFocoFantasma);
         desdeArriba();
         QTRY_VERIFY2(naranja(pixel(sobreMuro)), qPrintable(QString::number(pixel(sobreMuro), 16)));
+        ventana.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&ventana));
         QTest::keyClick(&ventana, Qt::Key_Escape);
         QVERIFY(!cv.modoFocoFantasma);
         QTRY_VERIFY2(qRed(pixel(sobreMuro)) < 90, qPrintable(QString::number(pixel(sobreMuro), 16)));
