@@ -135,6 +135,10 @@ public:
     bool mostrarConfigAnalisis = false;
     std::string nombreAnalisis;
     double toleranciaAnalisis = 0.02;
+    // The method of the next analysis and the clearance of "Holgura", kept
+    // from one opening of the sheet to the next like the tolerance.
+    MetodoAnalisis metodoAnalisis = MetodoAnalisis::geometriaExacta;
+    double holguraAnalisis = 0.05;
     bool excluirResueltos = true;
     std::vector<std::pair<std::string, std::string>> paresDisponibles;
     std::set<std::string> paresActivos;
@@ -143,6 +147,10 @@ public:
     std::vector<AnalisisInterferencias> historialAnalisis;
     std::set<std::string> analisisExpandidos;
     std::vector<std::shared_ptr<Node>> nodosDestacadosHistorial;
+    // While a clash is focused every other element is drawn ghosted, so that
+    // the pair shows through walls; cleared by Escape, "Deseleccionar", a
+    // click on empty space or the focus of another clash.
+    bool modoFocoFantasma = false;
     std::optional<std::size_t> analisisPendienteEliminar;
 
     // Persistence.
@@ -317,9 +325,15 @@ public:
     bool puedeDetectar() const;
     void abrirConfigAnalisis();
     void cancelarConfigAnalisis();
+    // Starts an analysis with the workspace's method and clearance.
     void iniciarDeteccion(const std::string& nombre, double tolerancia);
+    // Starts an analysis as the record says, whatever the sheet holds.
+    void iniciarDeteccion(const ConfigAnalisis& config);
+    // Keeps a box analysis; the second form keeps the method of the record.
     void registrarAnalisis(const std::string& nombre, std::vector<Interferencia> resultado, double tolerancia);
+    void registrarAnalisis(const ConfigAnalisis& config, std::vector<Interferencia> resultado);
     void enfocarInterferencia(const Interferencia& i);
+    void terminarFocoFantasma();
     void restaurarDestacados();
     void cambiarEstado(std::size_t analisis, std::size_t interferencia, EstadoClash estado);
     void pedirEliminarAnalisis(std::size_t indice);
@@ -327,7 +341,8 @@ public:
     void cancelarEliminarAnalisis();
     void alternarAnalisisExpandido(const std::string& id);
     // The candidates of a search: every element of the analysable disciplines
-    // whose box has extent, with its box read now.
+    // whose box has extent, with its box read now, its geometry and its
+    // transform to world coordinates.
     std::vector<NodoBB> candidatosInterferencia() const;
 
     // Timeline. Opening puts the scrubber on the config's start and lets it

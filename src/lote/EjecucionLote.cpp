@@ -32,19 +32,19 @@
 
 namespace teskal {
 
-std::optional<std::string> aplicarMetodoInterferencias(ContentView& cv, MetodoInterferencias metodo,
-                                                       double holgura) {
-    (void)cv;
-    (void)holgura;
+void aplicarMetodoInterferencias(ContentView& cv, MetodoInterferencias metodo, double holgura) {
     switch (metodo) {
     case MetodoInterferencias::cajas:
-        return std::nullopt; // the workspace's own search
+        cv.metodoAnalisis = MetodoAnalisis::cajasEnvolventes;
+        break;
     case MetodoInterferencias::exacto:
+        cv.metodoAnalisis = MetodoAnalisis::geometriaExacta;
+        break;
     case MetodoInterferencias::holgura:
+        cv.metodoAnalisis = MetodoAnalisis::holgura;
+        cv.holguraAnalisis = holgura;
         break;
     }
-    return std::string("El método de interferencias «") + nombreMetodo(metodo) +
-           "» aún no está disponible en esta versión; usa --metodo cajas.";
 }
 
 namespace {
@@ -258,7 +258,7 @@ private:
         if (cv_.paresActivos.empty())
             throw ErrorLote{"No hay dos especialidades con modelos entre las que buscar interferencias."};
         cv_.toleranciaAnalisis = o_.tolerancia;
-        if (auto error = aplicarMetodoInterferencias(cv_, o_.metodo, o_.holgura)) throw ErrorLote{*error};
+        aplicarMetodoInterferencias(cv_, o_.metodo, o_.holgura);
         progreso("buscando interferencias (" + std::string(nombreMetodo(o_.metodo)) + ", tolerancia " +
                  QString::number(o_.tolerancia).toStdString() + " m)");
         const std::size_t antes = cv_.historialAnalisis.size();

@@ -132,7 +132,7 @@ std::variant<OpcionesLote, std::string> leerOpcionesLote(const QStringList& argu
         return std::nullopt;
     };
     if (auto e = metros(tolerancia, "tolerancia", o.tolerancia, true)) return *e;
-    if (auto e = metros(holgura, "holgura", o.holgura, true)) return *e;
+    if (auto e = metros(holgura, "holgura", o.holgura, false)) return *e;
     if (p.isSet(metodo)) {
         const QString m = p.value(metodo).trimmed().toLower();
         if (m == QLatin1String("cajas"))
@@ -239,12 +239,13 @@ OPCIONES
         Solape mínimo en metros para contar una interferencia (0.02).
 
     --metodo cajas|exacto|holgura
-        cajas: las cajas de los elementos se solapan más que la tolerancia
-        (por omisión). exacto: la geometría de los elementos se cruza.
-        holgura: la geometría se acerca a menos de --holgura metros.
+        exacto (por omisión): la geometría de los elementos se cruza con una
+        penetración mayor que la tolerancia. cajas: las cajas de los
+        elementos se solapan más que la tolerancia. holgura: la geometría no
+        se toca pero se acerca a menos de --holgura metros.
 
     --holgura M
-        La distancia libre exigida con --metodo holgura.
+        La distancia libre exigida con --metodo holgura (0.05).
 
     --max-interferencias N
         Termina con estado 1 cuando el análisis da más de N interferencias.

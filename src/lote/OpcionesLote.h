@@ -23,8 +23,10 @@ struct OpcionesLote {
     std::vector<std::pair<std::string, std::string>> pares;
     bool analizar = false; // a clash output, a bound or pairs were given
     double tolerancia = 0.02;
-    MetodoInterferencias metodo = MetodoInterferencias::cajas;
-    double holgura = 0.0;
+    // As a new analysis in the workbench: the exact geometry, and a
+    // clearance of 5 cm when the clearance check is asked for.
+    MetodoInterferencias metodo = MetodoInterferencias::exacto;
+    double holgura = 0.05;
     std::optional<long long> maxInterferencias;
     std::string bcf, html, qto, dxf, json;
     // The section: axis code (0 X, 1 Y, 2 Z), position, depth mode and depth.

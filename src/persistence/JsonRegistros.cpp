@@ -152,6 +152,16 @@ std::optional<std::string> LectorJson::textoOpcional(std::string_view clave) {
     return v->toString().toStdString();
 }
 
+std::optional<double> LectorJson::numeroOpcional(std::string_view clave) {
+    const auto v = valor(clave, false);
+    if (!v) return std::nullopt;
+    if (!v->isDouble()) {
+        tipoIncorrecto(clave, "un número");
+        return std::nullopt;
+    }
+    return v->toDouble();
+}
+
 double LectorJson::numero(std::string_view clave) {
     const auto v = valor(clave, true);
     if (!v) return 0;

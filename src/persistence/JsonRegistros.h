@@ -87,6 +87,7 @@ public:
     // Optional keys: missing or null gives nothing; a value of another type is
     // a fault.
     std::optional<std::string> textoOpcional(std::string_view clave);
+    std::optional<double> numeroOpcional(std::string_view clave);
     std::optional<QDateTime> fechaOpcional(std::string_view clave);
     std::optional<QByteArray> datosOpcional(std::string_view clave);
 

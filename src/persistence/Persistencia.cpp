@@ -31,7 +31,8 @@ ProyectoTESKAL ContentView::construirProyecto() const {
         p.especialidades.push_back(std::move(g));
     }
     for (const auto& a : historialAnalisis) {
-        AnalisisGuardado g{a.id, a.nombre, a.fecha, a.tolerancia, {}};
+        AnalisisGuardado g{a.id, a.nombre, a.fecha, a.tolerancia, {}, std::string(textoMetodo(a.metodo)),
+                           a.metodo == MetodoAnalisis::holgura ? std::optional<double>(a.holgura) : std::nullopt};
         for (const auto& i : a.interferencias) {
             auto opcional = [](const std::string& t) {
                 return t.empty() ? std::nullopt : std::optional<std::string>(t);
@@ -40,7 +41,12 @@ ProyectoTESKAL ContentView::construirProyecto() const {
                                         std::string(textoEstado(i.estado)), i.viewpointPos.x, i.viewpointPos.y,
                                         i.viewpointPos.z, i.viewpointTarget.x, i.viewpointTarget.y,
                                         i.viewpointTarget.z, i.radio, opcional(i.globalIdA),
-                                        opcional(i.globalIdB)});
+                                        opcional(i.globalIdB), i.distancia});
+            if (i.centroContacto) {
+                g.interferencias.back().centroX = i.centroContacto->x;
+                g.interferencias.back().centroY = i.centroContacto->y;
+                g.interferencias.back().centroZ = i.centroContacto->z;
+            }
         }
         p.historialAnalisis.push_back(std::move(g));
     }
@@ -242,6 +248,8 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
     }
     for (const auto& g : p.historialAnalisis) {
         AnalisisInterferencias a{g.id, g.nombre, g.fecha, g.tolerancia, {}};
+        a.metodo = metodoDesdeTexto(g.metodo.value_or(""));
+        a.holgura = g.holgura.value_or(0.0);
         for (const auto& s : g.interferencias) {
             Interferencia i;
             i.id = s.id;
@@ -258,6 +266,9 @@ void ContentView::restaurarProyecto(const ProyectoTESKAL& p, const std::optional
             i.viewpointTarget = {s.vpTgtX, s.vpTgtY, s.vpTgtZ};
             i.radio = s.radio;
             i.estado = estadoDesdeTexto(s.estado);
+            i.metodo = a.metodo;
+            if (a.metodo != MetodoAnalisis::cajasEnvolventes) i.distancia = s.distancia;
+            if (s.centroX && s.centroY && s.centroZ) i.centroContacto = glm::dvec3(*s.centroX, *s.centroY, *s.centroZ);
             a.interferencias.push_back(std::move(i));
         }
         historialAnalisis.push_back(std::move(a));

@@ -49,17 +49,24 @@ QJsonObject aJson(const InterferenciaGuardada& i) {
             {"radio", i.radio}};
     if (i.globalIdA) o[QStringLiteral("globalIdA")] = jsonTexto(*i.globalIdA);
     if (i.globalIdB) o[QStringLiteral("globalIdB")] = jsonTexto(*i.globalIdB);
+    if (i.distancia) o[QStringLiteral("distancia")] = *i.distancia;
+    if (i.centroX) o[QStringLiteral("centroX")] = *i.centroX;
+    if (i.centroY) o[QStringLiteral("centroY")] = *i.centroY;
+    if (i.centroZ) o[QStringLiteral("centroZ")] = *i.centroZ;
     return o;
 }
 
 QJsonObject aJson(const AnalisisGuardado& a) {
     QJsonArray lista;
     for (const auto& i : a.interferencias) lista.append(aJson(i));
-    return {{"id", jsonUuid(a.id)},
-            {"nombre", jsonTexto(a.nombre)},
-            {"fecha", jsonFecha(a.fecha)},
-            {"tolerancia", a.tolerancia},
-            {"interferencias", lista}};
+    QJsonObject o{{"id", jsonUuid(a.id)},
+                  {"nombre", jsonTexto(a.nombre)},
+                  {"fecha", jsonFecha(a.fecha)},
+                  {"tolerancia", a.tolerancia},
+                  {"interferencias", lista}};
+    if (a.metodo) o[QStringLiteral("metodo")] = jsonTexto(*a.metodo);
+    if (a.holgura) o[QStringLiteral("holgura")] = *a.holgura;
+    return o;
 }
 
 ResultadoJson<ModeloGuardado> modeloDesdeJson(const QJsonValue& v, const std::string& ruta) {
@@ -83,7 +90,9 @@ ResultadoJson<InterferenciaGuardada> interferenciaDesdeJson(const QJsonValue& v,
     InterferenciaGuardada i{l.uuid("id"),         l.texto("nombreA"), l.texto("especialidadA"), l.texto("nombreB"),
                             l.texto("especialidadB"), l.texto("estado"), l.numero("vpPosX"),      l.numero("vpPosY"),
                             l.numero("vpPosZ"),    l.numero("vpTgtX"), l.numero("vpTgtY"),       l.numero("vpTgtZ"),
-                            l.numero("radio"),        l.textoOpcional("globalIdA"), l.textoOpcional("globalIdB")};
+                            l.numero("radio"),        l.textoOpcional("globalIdA"), l.textoOpcional("globalIdB"),
+                            l.numeroOpcional("distancia"), l.numeroOpcional("centroX"), l.numeroOpcional("centroY"),
+                            l.numeroOpcional("centroZ")};
     return l.resultado(std::move(i));
 }
 
@@ -91,6 +100,8 @@ ResultadoJson<AnalisisGuardado> analisisDesdeJson(const QJsonValue& v, const std
     LectorJson l(v, "AnalisisGuardado", ruta);
     AnalisisGuardado a{l.uuid("id"), l.texto("nombre"), l.fecha("fecha"), l.numero("tolerancia"), {}};
     a.interferencias = l.lista("interferencias", interferenciaDesdeJson);
+    a.metodo = l.textoOpcional("metodo");
+    a.holgura = l.numeroOpcional("holgura");
     return l.resultado(std::move(a));
 }
 

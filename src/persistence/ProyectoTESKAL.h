@@ -45,6 +45,10 @@ struct InterferenciaGuardada {
     // The elements' GlobalIds, absent in documents that predate them or when
     // the converter gave none.
     std::optional<std::string> globalIdA, globalIdB;
+    // The penetration or clearance and the contact centre of an exact or
+    // clearance clash; absent for a box clash and in older documents.
+    std::optional<double> distancia{};
+    std::optional<double> centroX{}, centroY{}, centroZ{};
     friend bool operator==(const InterferenciaGuardada&, const InterferenciaGuardada&) = default;
 };
 
@@ -54,6 +58,11 @@ struct AnalisisGuardado {
     QDateTime fecha;
     double tolerancia = 0;
     std::vector<InterferenciaGuardada> interferencias;
+    // The method's text ("Geometría exacta", "Cajas envolventes", "Holgura")
+    // and the clearance of "Holgura"; a document without them holds a box
+    // analysis.
+    std::optional<std::string> metodo{};
+    std::optional<double> holgura{};
     friend bool operator==(const AnalisisGuardado&, const AnalisisGuardado&) = default;
 };
 

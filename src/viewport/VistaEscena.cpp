@@ -44,6 +44,8 @@ void ContentView::seleccionarNodo(const std::shared_ptr<Node>& nuevo) {
         }
     nodoSeleccionado = nuevo;
     diffuseOriginalSeleccionado.reset();
+    // "Deseleccionar" and a click on empty space end a clash's ghosted focus.
+    if (!nuevo) modoFocoFantasma = false;
     Material* m = nuevo && nuevo->geometry() ? nuevo->geometry()->firstMaterial() : nullptr;
     if (!m) {
         nombreSeleccionado.clear();

@@ -26,13 +26,26 @@ TEST(BCFDemo, cadaTemaLlevaLosIfcGuidDeSusElementos) {
         return n;
     };
     ASSERT_TRUE(pruebas::esperarHasta([&] { return !cv.isProcessing && modelos() == 3; }));
-    cv.abrirConfigAnalisis();
-    cv.iniciarDeteccion("Demo", 0.02);
-    ASSERT_TRUE(pruebas::esperarHasta([&] { return !cv.detectando; }));
-    ASSERT_EQ(cv.historialAnalisis.size(), 1u);
+    // The six designed clashes are real: the exact method (the default)
+    // keeps every one the boxes find.
+    for (MetodoAnalisis m : {MetodoAnalisis::cajasEnvolventes, MetodoAnalisis::geometriaExacta}) {
+        cv.abrirConfigAnalisis();
+        cv.metodoAnalisis = m;
+        cv.iniciarDeteccion("Demo", 0.02);
+        ASSERT_TRUE(pruebas::esperarHasta([&] { return !cv.detectando; }));
+    }
+    ASSERT_EQ(cv.historialAnalisis.size(), 2u);
+    const auto& cajas = cv.historialAnalisis[0].interferencias;
+    const auto& exacto = cv.historialAnalisis[1].interferencias;
+    ASSERT_EQ(exacto.size(), cajas.size());
+    for (std::size_t k = 0; k < exacto.size(); ++k) {
+        EXPECT_EQ(exacto[k].nodoA, cajas[k].nodoA);
+        EXPECT_EQ(exacto[k].nodoB, cajas[k].nodoB);
+        EXPECT_GT(*exacto[k].distancia, 0.02);
+    }
 
     BCFExporter e;
-    e.analisis = cv.historialAnalisis[0];
+    e.analisis = cv.historialAnalisis[1];
     e.nombreProyecto = "Demo";
     const auto archivo = e.escribirArchivo();
     ASSERT_TRUE(archivo);

@@ -132,6 +132,8 @@ struct Obra {
     Obra() {
         camara->setCamera(Camera{});
         cv.viewport.vincularPuntoDeVista(camara);
+        // Single triangles: the box method's workflow.
+        cv.metodoAnalisis = MetodoAnalisis::cajasEnvolventes;
         vincular("ARQ", "v 0 0 0\nv 10 0.3 3\nv 0 0.3 0\ng Muro 1\nf 1 2 3\n");
         vincular("EST", "v 4 -1 2\nv 5 1 2.5\nv 4 1 2\nv 20 20 0\nv 21 21 3\nv 20 21 0\n"
                         "g Viga 2\nf 1 2 3\ng Pilar\nf 4 5 6\n");

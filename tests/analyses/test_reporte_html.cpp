@@ -119,6 +119,24 @@ TEST(ReporteHTML, documentoConCabeceraTarjetasFilasYPie) {
               cuerpo("R&amp;D &lt;Fase 1&gt;", "&lt;F&gt;",
                      "Tolerancia: 0.000 m &nbsp;·&nbsp; 0 colisiones detectadas", {0, 0, 0, 0, 0},
                      ""));
+
+    // Exact and clearance analyses name their method and add the measure's
+    // column before the state's.
+    struct Caso {
+        MetodoAnalisis metodo;
+        const char *meta, *columna;
+    };
+    for (const Caso& c : {Caso{MetodoAnalisis::geometriaExacta, "Método: Geometría exacta &nbsp;", "Penetración"},
+                          Caso{MetodoAnalisis::holgura, "Método: Holgura 0.050 m &nbsp;", "Holgura"}}) {
+        a.metodo = c.metodo;
+        a.holgura = 0.05;
+        a.interferencias = {clash("ID-1", "Muro 1", "Tubo 1", EstadoClash::abierto)};
+        a.interferencias[0].distancia = 0.125;
+        html = documentoReporteHTML(a, {}, QStringLiteral("hoy"));
+        EXPECT_NE(html.find(c.meta), std::string::npos) << c.columna;
+        EXPECT_NE(html.find(std::string("<th>Esp. B</th><th>") + c.columna + "</th><th>Estado</th>"), std::string::npos);
+        EXPECT_NE(html.find("MEP</td><td style=\"text-align:right;\">125.0 mm</td><td><span"), std::string::npos);
+    }
 }
 
 TEST(ReporteHTML, nombreDeArchivoYRegistros) {

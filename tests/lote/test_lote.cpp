@@ -84,7 +84,7 @@ TEST(Lote, DemoSinPantallaEscribeCadaArchivoYElResumen) {
                                  QStringLiteral("--bcf"), ruta("choques.bcf"),
                                  QStringLiteral("--html"), ruta("choques.html"),
                                  QStringLiteral("--qto"), ruta("cantidades.csv"),
-                                 QStringLiteral("--metodo"), QStringLiteral("cajas"),
+                                 QStringLiteral("--metodo"), QStringLiteral("exacto"),
                                  QStringLiteral("--seccion"), QStringLiteral("Z"), QStringLiteral("1.20"),
                                  QStringLiteral("--profundidad"), QStringLiteral("0"),
                                  QStringLiteral("--dxf"), ruta("planta.dxf"),

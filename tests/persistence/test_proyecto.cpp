@@ -49,6 +49,17 @@ ProyectoTESKAL proyectoDePrueba() {
     return p;
 }
 
+// An exact analysis as the workbench writes it: its method, and each clash's
+// penetration and contact centre.
+AnalisisGuardado analisisExacto() {
+    AnalisisGuardado a{"2B8F1A9C-3D2E-4F60-9A1B-2C3D4E5F6A7B", "Exacto",
+                       QDateTime(QDate(2026, 11, 23), QTime(11, 0, 0), Qt::UTC), 0.02, {}, "Geometría exacta",
+                       std::nullopt};
+    a.interferencias.push_back({"3C2D3E4F-5A6B-7C8D-9E0F-A1B2C3D4E5F6", "Muro 1", "ARQ", "Tubo", "MEP", "Abierto", 1,
+                                2, 3, 4, 5, 6, 0.5, std::nullopt, std::nullopt, 0.125, 4, 5, 6});
+    return a;
+}
+
 TEST(DocumentoProyecto, codificacionYDecodificacion) {
     const ProyectoTESKAL p = proyectoDePrueba();
     const QByteArray json = codificarProyecto(p);
@@ -72,6 +83,20 @@ TEST(DocumentoProyecto, codificacionYDecodificacion) {
     EXPECT_EQ(claves(analisis["interferencias"].toArray()[0].toObject()),
               (QStringList{"especialidadA", "especialidadB", "estado", "globalIdA", "id", "nombreA", "nombreB", "radio",
                            "vpPosX", "vpPosY", "vpPosZ", "vpTgtX", "vpTgtY", "vpTgtZ"}));
+
+    // The method and the measures are optional keys, written when present.
+    ProyectoTESKAL conExacto = p;
+    conExacto.historialAnalisis.push_back(analisisExacto());
+    const QJsonObject exacto =
+        QJsonDocument::fromJson(codificarProyecto(conExacto)).object()["historialAnalisis"].toArray()[1].toObject();
+    EXPECT_EQ(claves(exacto), (QStringList{"fecha", "id", "interferencias", "metodo", "nombre", "tolerancia"}));
+    EXPECT_EQ(exacto["metodo"].toString(), QStringLiteral("Geometría exacta"));
+    EXPECT_EQ(claves(exacto["interferencias"].toArray()[0].toObject()),
+              (QStringList{"centroX", "centroY", "centroZ", "distancia", "especialidadA", "especialidadB", "estado",
+                           "id", "nombreA", "nombreB", "radio", "vpPosX", "vpPosY", "vpPosZ", "vpTgtX", "vpTgtY",
+                           "vpTgtZ"}));
+    EXPECT_EQ(std::get<ProyectoTESKAL>(decodificarProyecto(codificarProyecto(conExacto))).historialAnalisis,
+              conExacto.historialAnalisis);
 
     auto vuelta = decodificarProyecto(json);
     ASSERT_TRUE(std::holds_alternative<ProyectoTESKAL>(vuelta)) << std::get<std::string>(vuelta);
@@ -153,6 +178,7 @@ TEST(DocumentoProyecto, restauracionEnSuOrden) {
     p.historialAnalisis[0].interferencias[0].estado = "Cerrado"; // unknown: open
     p.especialidades.push_back({"ARQ", "Arquitectura bis", "folder", 1, 0, 0, true, {}}); // repeated key
     p.especialidades.push_back({"OCU", "Oculta", "folder", 0, 0, 1, true, {}});          // not in the order
+    p.historialAnalisis.push_back(analisisExacto());
     cv.restaurarProyecto(p, std::nullopt);
 
     EXPECT_FALSE(viejo->parent());
@@ -164,9 +190,19 @@ TEST(DocumentoProyecto, restauracionEnSuOrden) {
     EXPECT_EQ(cv.especialidades.at("ARQ").nombre, "Arquitectura bis");
     EXPECT_FALSE(cv.especialidades.at("EST").isVisible);
     EXPECT_FALSE(cv.especialidades.at("ARQ").nodoRaiz);
-    ASSERT_EQ(cv.historialAnalisis.size(), 1u);
+    ASSERT_EQ(cv.historialAnalisis.size(), 2u);
     const Interferencia& r = cv.historialAnalisis[0].interferencias[0];
     EXPECT_EQ(r.estado, EstadoClash::abierto);
+    // A document without a method holds box analyses; an exact one keeps its
+    // method, penetration and contact centre, and saves them again.
+    EXPECT_EQ(cv.historialAnalisis[0].metodo, MetodoAnalisis::cajasEnvolventes);
+    EXPECT_EQ(r.metodo, MetodoAnalisis::cajasEnvolventes);
+    EXPECT_FALSE(r.distancia || r.centroContacto);
+    const Interferencia& e = cv.historialAnalisis[1].interferencias[0];
+    EXPECT_EQ(e.metodo, MetodoAnalisis::geometriaExacta);
+    EXPECT_EQ(e.distancia, 0.125);
+    EXPECT_EQ(e.centroContacto, glm::dvec3(4, 5, 6));
+    EXPECT_EQ(cv.construirProyecto().historialAnalisis[1], analisisExacto());
     EXPECT_EQ(r.viewpointTarget, glm::dvec3(4, 5, 6));
     EXPECT_FALSE(r.nodoA->geometry());
     EXPECT_FALSE(r.nodoA->parent());

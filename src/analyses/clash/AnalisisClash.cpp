@@ -2,6 +2,7 @@
 // thread pool, the history and the review of each clash.
 #include "federation/ContentView.h"
 
+#include "analyses/clash/AnalisisExacto.h"
 #include "analyses/clash/BusquedaInterferencias.h"
 #include "federation/TextoUTF8.h"
 #include "federation/TrabajoSegundoPlano.h"
@@ -69,14 +70,18 @@ std::vector<NodoBB> ContentView::candidatosInterferencia() const {
             const Box b = n.boundingBox();
             if (!(b.max.x > b.min.x || b.max.y > b.min.y || b.max.z > b.min.z)) return;
             candidatos.push_back({n.shared_from_this(), especialidad, n.name().value_or("sin nombre"), n.globalId(),
-                                  glm::dvec3(b.min),
-                                  glm::dvec3(b.max)});
+                                  glm::dvec3(b.min), glm::dvec3(b.max), n.geometry(),
+                                  glm::dmat4(n.worldTransform())});
         });
     }
     return candidatos;
 }
 
 void ContentView::iniciarDeteccion(const std::string& nombre, double tolerancia) {
+    iniciarDeteccion(ConfigAnalisis{nombre, tolerancia, metodoAnalisis, holguraAnalisis});
+}
+
+void ContentView::iniciarDeteccion(const ConfigAnalisis& config) {
     if (detectando) return;
     detectando = true;
     limpiarInterferencias();
@@ -93,21 +98,27 @@ void ContentView::iniciarDeteccion(const std::string& nombre, double tolerancia)
 
     enSegundoPlano(
         this,
-        [candidatos, activos = std::move(activos), excluidos = std::move(excluidos), tolerancia] {
-            return buscarInterferencias(*candidatos, activos, excluidos, tolerancia);
+        [candidatos, activos = std::move(activos), excluidos = std::move(excluidos), config] {
+            return analizarInterferencias(*candidatos, activos, excluidos, config);
         },
-        [nombre, tolerancia](ContentView& cv, std::vector<Interferencia> resultado) {
-            cv.registrarAnalisis(nombre, std::move(resultado), tolerancia);
+        [config](ContentView& cv, std::vector<Interferencia> resultado) {
+            cv.registrarAnalisis(config, std::move(resultado));
         });
 }
 
 void ContentView::registrarAnalisis(const std::string& nombre, std::vector<Interferencia> resultado,
                                     double tolerancia) {
+    registrarAnalisis(ConfigAnalisis{nombre, tolerancia, MetodoAnalisis::cajasEnvolventes, 0.0}, std::move(resultado));
+}
+
+void ContentView::registrarAnalisis(const ConfigAnalisis& config, std::vector<Interferencia> resultado) {
     AnalisisInterferencias a;
     a.id = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
-    a.nombre = nombre;
+    a.nombre = config.nombre;
     a.fecha = QDateTime::currentDateTimeUtc();
-    a.tolerancia = tolerancia;
+    a.tolerancia = config.tolerancia;
+    a.metodo = config.metodo;
+    a.holgura = config.metodo == MetodoAnalisis::holgura ? config.holgura : 0.0;
     a.interferencias = resultado;
     analisisExpandidos.insert(a.id);
     historialAnalisis.push_back(std::move(a));
@@ -124,6 +135,7 @@ void ContentView::registrarAnalisis(const std::string& nombre, std::vector<Inter
 void ContentView::restaurarDestacados() {
     for (const auto& n : nodosDestacadosHistorial) fijarEmision(n, n && enInterferencia(*n) ? colores::naranjaPuro : colores::negro);
     nodosDestacadosHistorial.clear();
+    modoFocoFantasma = false;
 }
 
 void ContentView::enfocarInterferencia(const Interferencia& i) {
@@ -132,9 +144,18 @@ void ContentView::enfocarInterferencia(const Interferencia& i) {
     fijarEmision(i.nodoA, naranjaProfundo);
     fijarEmision(i.nodoB, naranjaProfundo);
     nodosDestacadosHistorial = {i.nodoA, i.nodoB};
+    // A clash restored from a project has placeholders with nothing to show:
+    // no ghosting then, which would only fade the whole scene.
+    modoFocoFantasma = (i.nodoA && i.nodoA->geometry()) || (i.nodoB && i.nodoB->geometry());
     const float radio = static_cast<float>(i.radio);
     viewport.volarA(glm::vec3(i.viewpointPos), glm::vec3(i.viewpointTarget), std::max(radio * 0.001f, 0.01f),
                     radio * 200.0f, 600);
+    emit changed();
+}
+
+void ContentView::terminarFocoFantasma() {
+    if (!modoFocoFantasma) return;
+    modoFocoFantasma = false;
     emit changed();
 }
 

@@ -148,6 +148,22 @@ QString textoRegistros(int total) {
            (total == 1 ? QString() : QStringLiteral("s"));
 }
 
+std::string tituloMedida(MetodoAnalisis metodo) {
+    switch (metodo) {
+    case MetodoAnalisis::geometriaExacta:
+        return "Penetración";
+    case MetodoAnalisis::holgura:
+        return "Holgura";
+    case MetodoAnalisis::cajasEnvolventes:
+        break;
+    }
+    return {};
+}
+
+std::string textoMilimetros(const Interferencia& i) {
+    return i.distancia ? formato("%.1f mm", *i.distancia * 1000.0) : std::string();
+}
+
 std::string documentoReporteHTML(const AnalisisInterferencias& analisis,
                                  const std::map<std::string, QByteArray>& thumbnails,
                                  const QString& fecha) {
@@ -170,6 +186,13 @@ std::string documentoReporteHTML(const AnalisisInterferencias& analisis,
     html += " &nbsp;·&nbsp; Tolerancia: ";
     html += formato("%.3f", analisis.tolerancia);
     html += " m &nbsp;·&nbsp; ";
+    const std::string medida = tituloMedida(analisis.metodo);
+    if (!medida.empty()) {
+        html += "Método: ";
+        html += textoMetodo(analisis.metodo);
+        if (analisis.metodo == MetodoAnalisis::holgura) html += formato(" %.3f m", analisis.holgura);
+        html += " &nbsp;·&nbsp; ";
+    }
     html += std::to_string(c.total);
     html += " colisiones detectadas</div></div><div class=\"brand\">VORNEL</div></div>";
 
@@ -182,7 +205,9 @@ std::string documentoReporteHTML(const AnalisisInterferencias& analisis,
     html += "</div>";
 
     html += "<table class=\"main\"><thead><tr><th>#</th><th>Vista 3D</th><th>Elemento A</th>"
-            "<th>Esp. A</th><th>Elemento B</th><th>Esp. B</th><th>Estado</th></tr></thead><tbody>";
+            "<th>Esp. A</th><th>Elemento B</th><th>Esp. B</th>";
+    if (!medida.empty()) html += "<th>" + medida + "</th>";
+    html += "<th>Estado</th></tr></thead><tbody>";
     int numero = 0;
     for (const Interferencia& i : analisis.interferencias) {
         html += "<tr>\n<td style=\"text-align:right;color:#999;\">";
@@ -197,6 +222,10 @@ std::string documentoReporteHTML(const AnalisisInterferencias& analisis,
         html += escaparHTML(i.nombreB);
         html += "</b></td><td style=\"color:#666;\">";
         html += escaparHTML(i.especialidadB);
+        if (!medida.empty()) {
+            html += "</td><td style=\"text-align:right;\">";
+            html += textoMilimetros(i);
+        }
         html += "</td><td><span class=\"badge ";
         html += claseBadge(i.estado);
         html += "\">";

@@ -46,6 +46,13 @@ std::string claseBadge(EstadoClash estado);
 // Chilean Spanish locale, in local time.
 QString textoFechaReporte(const QDateTime& fecha);
 
+// The heading of a clash's measure in the reports: "Penetración" for the
+// exact method, "Holgura" for the clearance check; empty for boxes, whose
+// reports keep their columns.
+std::string tituloMedida(MetodoAnalisis metodo);
+// A clash's measure in millimetres, "12.5 mm"; empty without one.
+std::string textoMilimetros(const Interferencia& i);
+
 // "12 registros", "1 registro".
 QString textoRegistros(int total);
 

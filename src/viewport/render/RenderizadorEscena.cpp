@@ -578,8 +578,13 @@ void RenderizadorEscena::prepararIluminacion(QOpenGLShaderProgram& p, const Cama
 
 void RenderizadorEscena::dibujarLotes(QOpenGLShaderProgram& p, int pase) {
     p.setUniformValue("uPase", pase);
+    // Ghosts are all drawn in the transparent pass.
+    const bool fantasma = !revelados.empty();
+    p.setUniformValue("uFantasma", fantasma);
     for (const auto& l : lotes_) {
-        if (!l->vertices || (pase == 0 ? l->opacos : l->transparentes) == 0) continue;
+        const int aqui = fantasma ? (pase == 0 ? 0 : l->opacos + l->transparentes)
+                                          : (pase == 0 ? l->opacos : l->transparentes);
+        if (!l->vertices || aqui == 0) continue;
         glUniformMatrix4fv(p.uniformLocation("uModelo"), 1, GL_FALSE, glm::value_ptr(l->raiz->worldTransform()));
         p.setUniformValue("uBase", static_cast<int>(l->base));
         glBindVertexArray(l->vao);
@@ -646,6 +651,18 @@ void RenderizadorEscena::dibujarAyudantes(const CamaraRender& camara, const glm:
     glEnable(GL_DEPTH_TEST);
 }
 
+// The revealed elements of a ghosted focus, drawn one by one as helpers are,
+// opaque whatever their own opacity.
+void RenderizadorEscena::dibujarRevelados(const CamaraRender& camara, const glm::mat4& luzVP) {
+    if (revelados.empty()) return;
+    std::vector<Ayudante> propios;
+    for (const auto& n : revelados)
+        if (n && n->geometry() && n->geometry()->firstMaterial()) propios.push_back({n, 0});
+    std::swap(propios, ayudantes_);
+    dibujarAyudantes(camara, luzVP, false);
+    std::swap(propios, ayudantes_);
+}
+
 void RenderizadorEscena::dibujar(Scene& escena, const CamaraRender& camara, int ancho, int alto, unsigned fbo) {
     inicializar();
     estadisticas_ = {};
@@ -682,6 +699,7 @@ void RenderizadorEscena::dibujar(Scene& escena, const CamaraRender& camara, int 
     glBindTexture(GL_TEXTURE_BUFFER, tboTextura_);
     dibujarLotes(*progLote_, 0);
     dibujarAyudantes(camara, luzVP, false);
+    dibujarRevelados(camara, luzVP);
 
     // Transparent pass: blended, without depth writes.
     glEnable(GL_BLEND);
@@ -692,7 +710,14 @@ void RenderizadorEscena::dibujar(Scene& escena, const CamaraRender& camara, int 
     progLote_->setUniformValue("uEstado", 0);
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_BUFFER, tboTextura_);
+    // Ghosts lie a little behind, so that a revealed element wins over its
+    // own ghost.
+    if (!revelados.empty()) {
+        glEnable(GL_POLYGON_OFFSET_FILL);
+        glPolygonOffset(1.0f, 4.0f);
+    }
     dibujarLotes(*progLote_, 1);
+    glDisable(GL_POLYGON_OFFSET_FILL);
     dibujarAyudantes(camara, luzVP, true);
     glDepthMask(GL_TRUE);
     glDisable(GL_BLEND);

@@ -62,6 +62,10 @@ public:
     // Background: the view's vertical gradient, or one plain colour.
     std::optional<Color> fondoLiso;
     bool sombras = true;
+    // The ghosted focus of a clash: while not empty, these elements are drawn
+    // whole and every other element faint and translucent, so that the pair
+    // shows through the walls around it.
+    std::vector<std::shared_ptr<Node>> revelados;
     const EstadisticasRender& estadisticas() const { return estadisticas_; }
     // The element states the last appearance sync rewrote: every element,
     // or only the nodes whose own look changed.
@@ -86,6 +90,7 @@ private:
     void dibujarSombras(Scene& escena, glm::mat4& luzVP);
     void dibujarLotes(QOpenGLShaderProgram& p, int pase);
     void dibujarAyudantes(const CamaraRender& camara, const glm::mat4& luzVP, bool transparentes);
+    void dibujarRevelados(const CamaraRender& camara, const glm::mat4& luzVP);
     void prepararIluminacion(QOpenGLShaderProgram& p, const CamaraRender& camara, const glm::mat4& luzVP);
 
     bool inicializado_ = false;

@@ -16,12 +16,14 @@ uniform mat4 uLuzVP;
 uniform samplerBuffer uEstado;
 uniform int uBase;
 uniform int uPase; // 0 opaque, 1 transparent
+uniform bool uFantasma; // a focused clash: every element is a ghost
 out vec3 vPosVista;
 out vec4 vPosLuz;
 flat out uint vNodo;
 void main() {
     // An element that has nothing to draw in this pass is clipped whole.
     float alfa = texelFetch(uEstado, (uBase + int(aNodo)) * 2).a;
+    if (uFantasma) alfa = min(alfa, 0.12);
     if (alfa <= 0.0 || (uPase == 0 && alfa < 0.999) || (uPase == 1 && alfa >= 0.999)) {
         gl_Position = vec4(2.0, 2.0, 2.0, 1.0);
         vPosVista = vec3(0.0);
@@ -86,6 +88,7 @@ in vec4 vPosLuz;
 flat in uint vNodo;
 uniform samplerBuffer uEstado;
 uniform int uBase;
+uniform bool uFantasma;
 out vec4 fragColor;
 %ILUMINACION%
 void main() {
@@ -93,7 +96,13 @@ void main() {
     vec4 a = texelFetch(uEstado, i);
     vec4 b = texelFetch(uEstado, i + 1);
     float alfa = a.a;
-    fragColor = vec4(sombrear(a.rgb, b.rgb, int(b.a + 0.5), vPosVista, vPosLuz), alfa);
+    vec3 color = sombrear(a.rgb, b.rgb, int(b.a + 0.5), vPosVista, vPosLuz);
+    // A ghost: faint, pale and without its highlight.
+    if (uFantasma) {
+        alfa = min(alfa, 0.12);
+        color = mix(sombrear(a.rgb, vec3(0.0), int(b.a + 0.5), vPosVista, vPosLuz), vec3(0.92), 0.5);
+    }
+    fragColor = vec4(color, alfa);
 }
 )";
 

@@ -5,6 +5,7 @@
 #include "viewport/ui/EtiquetasMedicion.h"
 
 #include <QMouseEvent>
+#include <QShortcut>
 #include <QWheelEvent>
 #include <glm/gtc/quaternion.hpp>
 
@@ -40,6 +41,12 @@ VisorEscena::VisorEscena(ContentView& cv, QWidget* parent) : QOpenGLWidget(paren
         if (c.estructura != estructuraVista_ || c.apariencia != aparienciaVista_) update();
     });
     sondeo_.start();
+
+    // Escape ends a clash's ghosted focus, wherever the window's focus is.
+    escape_ = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    escape_->setContext(Qt::WindowShortcut);
+    escape_->setEnabled(false);
+    connect(escape_, &QShortcut::activated, this, [this] { cv_.terminarFocoFantasma(); });
 }
 
 VisorEscena::~VisorEscena() {
@@ -55,6 +62,7 @@ void VisorEscena::alCambiarEspacio() {
     const std::optional<double> ahora = cv_.nearClipOverride();
     cv_.viewport.actualizarCercano(cercanoAnterior_, ahora, *cv_.scene.rootNode());
     cercanoAnterior_ = ahora;
+    escape_->setEnabled(cv_.modoFocoFantasma);
     update();
 }
 
@@ -64,6 +72,10 @@ void VisorEscena::paintGL() {
     const qreal dpr = devicePixelRatioF();
     const int w = static_cast<int>(width() * dpr), h = static_cast<int>(height() * dpr);
     const auto cam = CamaraRender::desdeNodo(*camara_, static_cast<float>(w) / std::max(h, 1));
+    if (cv_.modoFocoFantasma)
+        render_.revelados = cv_.nodosDestacadosHistorial;
+    else
+        render_.revelados.clear();
     render_.dibujar(cv_.scene, cam, w, h, defaultFramebufferObject());
     estructuraVista_ = cv_.scene.contadores().estructura;
     aparienciaVista_ = cv_.scene.contadores().apariencia;

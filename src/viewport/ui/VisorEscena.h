@@ -8,6 +8,8 @@
 #include <memory>
 #include <optional>
 
+class QShortcut;
+
 namespace teskal {
 
 class ContentView;
@@ -51,6 +53,7 @@ private:
     RenderizadorEscena render_;
     std::shared_ptr<Node> camara_;
     QTimer sondeo_;
+    QShortcut* escape_ = nullptr; // live only during a ghosted focus
     std::uint64_t estructuraVista_ = 0, aparienciaVista_ = 0;
     std::optional<double> cercanoAnterior_;
     QPoint pulsado_, ultimo_;

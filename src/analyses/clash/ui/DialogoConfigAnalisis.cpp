@@ -4,8 +4,10 @@
 #include "federation/ContentView.h"
 #include "federation/Formato.h"
 #include "federation/TextoUTF8.h"
+#include "ui/TextoQt.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -32,6 +34,39 @@ DialogoConfigAnalisis::DialogoConfigAnalisis(ContentView& cv, QWidget* parent) :
     });
     v->addWidget(nombre);
 
+    // The method: exact geometry, the boxes alone, or the clearance check
+    // with its distance.
+    auto* cabeceraMetodo = new QHBoxLayout;
+    cabeceraMetodo->addWidget(new QLabel(QStringLiteral("Método"), this), 1);
+    auto* metodo = new QComboBox(this);
+    metodo->setObjectName(QStringLiteral("metodoAnalisis"));
+    for (MetodoAnalisis m : metodosAnalisis) metodo->addItem(q(textoMetodo(m)));
+    metodo->setCurrentIndex(static_cast<int>(cv.metodoAnalisis));
+    cabeceraMetodo->addWidget(metodo);
+    v->addLayout(cabeceraMetodo);
+    auto* notaMetodo = new QLabel(this);
+    notaMetodo->setWordWrap(true);
+    notaMetodo->setStyleSheet(QStringLiteral("color: gray;"));
+    v->addWidget(notaMetodo);
+    auto* filaHolgura = new QWidget(this);
+    auto* h = new QHBoxLayout(filaHolgura);
+    h->setContentsMargins(0, 0, 0, 0);
+    h->addWidget(new QLabel(QStringLiteral("Distancia de holgura"), filaHolgura), 1);
+    auto* valorHolgura = new QLabel(QString::fromStdString(formato("%.3f m", cv.holguraAnalisis)), filaHolgura);
+    auto* holgura = new QSlider(Qt::Horizontal, filaHolgura);
+    holgura->setObjectName(QStringLiteral("holgura"));
+    holgura->setRange(5, 1000); // millimetres, 0.005 to 1 m
+    holgura->setSingleStep(5);
+    holgura->setValue(static_cast<int>(std::lround(cv.holguraAnalisis * 1000)));
+    holgura->setMinimumWidth(160);
+    h->addWidget(holgura);
+    h->addWidget(valorHolgura);
+    connect(holgura, &QSlider::valueChanged, this, [this, valorHolgura](int mm) {
+        cv_.holguraAnalisis = mm / 1000.0;
+        valorHolgura->setText(QString::fromStdString(formato("%.3f m", cv_.holguraAnalisis)));
+    });
+    v->addWidget(filaHolgura);
+
     auto* cabeceraTol = new QHBoxLayout;
     cabeceraTol->addWidget(new QLabel(QStringLiteral("Tolerancia de contacto"), this), 1);
     auto* valorTol = new QLabel(QString::fromStdString(formato("%.3f m", cv.toleranciaAnalisis)), this);
@@ -46,9 +81,32 @@ DialogoConfigAnalisis::DialogoConfigAnalisis(ContentView& cv, QWidget* parent) :
         valorTol->setText(QString::fromStdString(formato("%.3f m", cv_.toleranciaAnalisis)));
     });
     v->addWidget(tolerancia);
-    auto* nota = new QLabel(QStringLiteral("Penetración mínima en los 3 ejes para reportar colisión."), this);
+    auto* nota = new QLabel(this);
     nota->setStyleSheet(QStringLiteral("color: gray;"));
     v->addWidget(nota);
+    auto mostrarMetodo = [this, notaMetodo, filaHolgura, nota] {
+        switch (cv_.metodoAnalisis) {
+        case MetodoAnalisis::geometriaExacta:
+            notaMetodo->setText(QStringLiteral("Prueba las mallas de los elementos: solo colisiones reales, con su penetración."));
+            nota->setText(QStringLiteral("Penetración mínima de la región de contacto para reportar colisión."));
+            break;
+        case MetodoAnalisis::cajasEnvolventes:
+            notaMetodo->setText(QStringLiteral("Solo las cajas envolventes: rápido, pero reporta pares que no se tocan."));
+            nota->setText(QStringLiteral("Penetración mínima en los 3 ejes para reportar colisión."));
+            break;
+        case MetodoAnalisis::holgura:
+            notaMetodo->setText(QStringLiteral("Pares más cercanos que la distancia de holgura sin llegar a tocarse."));
+            nota->setText(QStringLiteral("En holgura la tolerancia no se aplica: cuenta la distancia entre mallas."));
+            break;
+        }
+        filaHolgura->setVisible(cv_.metodoAnalisis == MetodoAnalisis::holgura);
+    };
+    connect(metodo, &QComboBox::currentIndexChanged, this, [this, mostrarMetodo](int i) {
+        if (i < 0) return;
+        cv_.metodoAnalisis = metodosAnalisis[static_cast<std::size_t>(i)];
+        mostrarMetodo();
+    });
+    mostrarMetodo();
 
     auto* cabeceraPares = new QHBoxLayout;
     auto* tituloPares = new QLabel(QStringLiteral("Pares a analizar"), this);
@@ -106,7 +164,8 @@ DialogoConfigAnalisis::DialogoConfigAnalisis(ContentView& cv, QWidget* parent) :
     connect(botones, &QDialogButtonBox::accepted, this, [this] {
         cv_.mostrarConfigAnalisis = false;
         accept();
-        cv_.iniciarDeteccion(cv_.nombreAnalisis, cv_.toleranciaAnalisis);
+        cv_.iniciarDeteccion(
+            ConfigAnalisis{cv_.nombreAnalisis, cv_.toleranciaAnalisis, cv_.metodoAnalisis, cv_.holguraAnalisis});
     });
     v->addWidget(botones);
     actualizarBoton();

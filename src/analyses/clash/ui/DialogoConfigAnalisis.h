@@ -9,7 +9,8 @@ namespace teskal {
 
 class ContentView;
 
-// The sheet "Configurar Análisis de Interferencias": name, tolerance, the
+// The sheet "Configurar Análisis de Interferencias": name, method (with the
+// clearance of "Holgura"), tolerance, the
 // discipline pairs to search and the exclusion of closed pairs. "Cancelar",
 // Escape and the close box all close it for good: the pending sheet is
 // cleared, so the next change of the workspace does not open it again.

@@ -5,6 +5,7 @@
 #include "federation/ContentView.h"
 #include "federation/Formato.h"
 #include "ui/TextoQt.h"
+#include "analyses/clash/ReporteHTML.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -107,8 +108,15 @@ QWidget* PanelInterferencias::filaAnalisis(std::size_t indice, QWidget* padre) {
     };
     cuenta(EstadoClash::abierto);
     cuenta(EstadoClash::resuelto);
-    auto* tol = new QLabel(q("tol: " + formato("%.3f", a.tolerancia) + " m"), fila);
+    // The method follows the tolerance in a word: "exacta", "cajas" or the
+    // clearance; its full name is the tooltip.
+    std::string corto = " · exacta";
+    if (a.metodo == MetodoAnalisis::cajasEnvolventes) corto = " · cajas";
+    if (a.metodo == MetodoAnalisis::holgura) corto = formato(" · holgura %.3f m", a.holgura);
+    auto* tol = new QLabel(q("tol: " + formato("%.3f", a.tolerancia) + " m" + corto), fila);
+    tol->setObjectName(QStringLiteral("toleranciaMetodo"));
     tol->setStyleSheet(QStringLiteral("color: gray;"));
+    tol->setToolTip(q(textoMetodo(a.metodo)));
     h->addWidget(tol);
     auto* reporte = new QToolButton(fila);
     reporte->setObjectName(QStringLiteral("verReporte"));
@@ -140,9 +148,11 @@ QWidget* PanelInterferencias::filaInterferencia(std::size_t analisis, std::size_
     punto->setFixedSize(8, 8);
     punto->setStyleSheet(QStringLiteral("background: %1; border-radius: 4px;").arg(css(colorEstado(i.estado))));
     h->addWidget(punto, 0, Qt::AlignTop);
-    auto* texto = new QLabel(q(i.nombreA) + QStringLiteral("\n↔ ") + q(i.nombreB) + QStringLiteral("\n") +
-                                 q(i.especialidadA) + QStringLiteral(" / ") + q(i.especialidadB),
-                             fila);
+    // An exact or clearance clash adds its measure in millimetres.
+    QString lineas = q(i.nombreA) + QStringLiteral("\n↔ ") + q(i.nombreB) + QStringLiteral("\n") +
+                     q(i.especialidadA) + QStringLiteral(" / ") + q(i.especialidadB);
+    if (i.distancia) lineas += QStringLiteral("\n") + q(tituloMedida(i.metodo) + " " + textoMilimetros(i));
+    auto* texto = new QLabel(lineas, fila);
     texto->setStyleSheet(QStringLiteral("font-size: 11px;"));
     h->addWidget(texto, 1);
     fila->alClicar = [this, analisis, indice] {

@@ -142,8 +142,12 @@ QWidget* ReporteContenidoView::cabecera() {
         etiqueta(q(analisis_.nombre), QStringLiteral("font-size: 13px; color: #555;"), marco));
     const QString gris = QStringLiteral("font-size: 11px; color: #888;");
     textos->addWidget(etiqueta(textoFechaReporte(analisis_.fecha), gris, marco));
-    textos->addWidget(
-        iconoCon("ruler", q(formato("%.3f", analisis_.tolerancia) + " m"), gris, marco));
+    std::string tolerancia = formato("%.3f", analisis_.tolerancia) + " m";
+    if (analisis_.metodo != MetodoAnalisis::cajasEnvolventes) {
+        tolerancia += " · " + std::string(textoMetodo(analisis_.metodo));
+        if (analisis_.metodo == MetodoAnalisis::holgura) tolerancia += formato(" %.3f m", analisis_.holgura);
+    }
+    textos->addWidget(iconoCon("ruler", q(tolerancia), gris, marco));
     textos->addWidget(etiqueta(QString::number(analisis_.interferencias.size()) +
                                    QStringLiteral(" colisiones detectadas"),
                                gris, marco));
@@ -213,10 +217,15 @@ QWidget* ReporteContenidoView::tabla() {
     g->setContentsMargins(0, 0, 0, 0);
     g->setHorizontalSpacing(14);
     g->setVerticalSpacing(6);
-    const char* columnas[] = {"#",          "Vista 3D", "Elemento A", "Esp. A",
-                              "Elemento B", "Esp. B",   "Estado"};
-    for (int k = 0; k < 7; ++k) {
-        auto* cabeza = etiqueta(QString::fromUtf8(columnas[k]),
+    // The measure's column comes before the state's, for exact and clearance
+    // analyses only.
+    const std::string medida = tituloMedida(analisis_.metodo);
+    std::vector<std::string> columnas{"#", "Vista 3D", "Elemento A", "Esp. A", "Elemento B", "Esp. B"};
+    if (!medida.empty()) columnas.push_back(medida);
+    columnas.push_back("Estado");
+    const int colEstado = static_cast<int>(columnas.size()) - 1;
+    for (int k = 0; k < static_cast<int>(columnas.size()); ++k) {
+        auto* cabeza = etiqueta(q(columnas[static_cast<std::size_t>(k)]),
                                 QStringLiteral("font-size: 10px; font-weight: bold; color: #555; "
                                                "background: #fff3e0; padding: 6px 4px; "
                                                "border-bottom: 2px solid #ffd09e;"),
@@ -235,17 +244,28 @@ QWidget* ReporteContenidoView::tabla() {
         // Long element names wrap, so the page keeps to the window's width.
         auto* nombreA = etiqueta(q(i.nombreA), QStringLiteral("font-weight: bold;"), marco);
         nombreA->setWordWrap(true);
+        // The names give way first when the measure's column takes room.
+        nombreA->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        nombreA->setMinimumWidth(90);
         g->addWidget(nombreA, fila, 2);
         g->addWidget(etiqueta(q(i.especialidadA), QStringLiteral("color: #666;"), marco), fila, 3);
         auto* nombreB = etiqueta(q(i.nombreB), QStringLiteral("font-weight: bold;"), marco);
         nombreB->setWordWrap(true);
+        nombreB->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        nombreB->setMinimumWidth(90);
         g->addWidget(nombreB, fila, 4);
         g->addWidget(etiqueta(q(i.especialidadB), QStringLiteral("color: #666;"), marco), fila, 5);
+        if (!medida.empty()) {
+            auto* mm = etiqueta(q(textoMilimetros(i)), QString(), marco);
+            mm->setObjectName(q("medida_" + i.id));
+            mm->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+            g->addWidget(mm, fila, 6);
+        }
         auto* badge = etiqueta(QString(), QString(), marco);
         pintarEstado(badge, i.estado);
         estados_.push_back(badge);
         badge->setObjectName(q("estado_" + i.id));
-        g->addWidget(badge, fila, 6, Qt::AlignLeft | Qt::AlignVCenter);
+        g->addWidget(badge, fila, colEstado, Qt::AlignLeft | Qt::AlignVCenter);
         ++fila;
     }
     g->setColumnStretch(2, 1);
