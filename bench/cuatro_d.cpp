@@ -12,6 +12,7 @@
 
 #include "DatosAWP.h"
 #include "FederacionGenerada.h"
+#include "ContextoGL.h"
 #include "Medicion.h"
 #include "timeline/Sincronizacion4D.h"
 #include "viewport/render/RenderizadorEscena.h"
@@ -146,23 +147,9 @@ int main(int argc, char** argv) {
     cv->viewport.vincularPuntoDeVista(camaraNodo);
     const CamaraRender camara = CamaraRender::desdeNodo(*camaraNodo, 1280.0f / 800.0f);
 
-    QSurfaceFormat formato;
-    formato.setVersion(3, 3);
-    formato.setProfile(QSurfaceFormat::CoreProfile);
-    formato.setDepthBufferSize(24);
-    QOpenGLContext contexto;
-    contexto.setFormat(formato);
-    QOffscreenSurface superficie;
-    if (!contexto.create()) {
-        std::fprintf(stderr, "4d: no OpenGL 3.3 core context\n");
-        return 1;
-    }
-    superficie.setFormat(contexto.format());
-    superficie.create();
-    if (!superficie.isValid() || !contexto.makeCurrent(&superficie)) {
-        std::fprintf(stderr, "4d: the offscreen surface can't be made current\n");
-        return 1;
-    }
+    ContextoGL gl3;
+    if (!gl3.crear("4d")) return 1;
+    QOpenGLContext& contexto = gl3.contexto;
     QOpenGLFunctions* gl = contexto.functions();
     RenderizadorEscena render;
     render.inicializar();

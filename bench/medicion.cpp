@@ -15,6 +15,7 @@
 // charged to it. Both must find the same element at every baseline position.
 
 #include "FederacionGenerada.h"
+#include "ContextoGL.h"
 #include "Medicion.h"
 #include "federation/ContentView.h"
 #include "federation/ConversionIFC.h"
@@ -160,23 +161,8 @@ int main(int argc, char** argv) {
                 posiciones, aciertos, ajustes, ms(hover.mediana()), ms(hover.mejor()), ms(hover.medianaCPU()));
 
     // The baseline: the renderer's identity pass per hover.
-    QSurfaceFormat formato;
-    formato.setVersion(3, 3);
-    formato.setProfile(QSurfaceFormat::CoreProfile);
-    formato.setDepthBufferSize(24);
-    QOpenGLContext contexto;
-    contexto.setFormat(formato);
-    QOffscreenSurface superficie;
-    if (!contexto.create()) {
-        std::fprintf(stderr, "measure: no OpenGL 3.3 core context\n");
-        return 1;
-    }
-    superficie.setFormat(contexto.format());
-    superficie.create();
-    if (!superficie.isValid() || !contexto.makeCurrent(&superficie)) {
-        std::fprintf(stderr, "measure: the offscreen surface can't be made current\n");
-        return 1;
-    }
+    ContextoGL gl3;
+    if (!gl3.crear("measure")) return 1;
     QOpenGLFramebufferObject fbo(QSize(ancho, alto), QOpenGLFramebufferObject::Depth);
     cv->quitarHoverMedicion();
     RenderizadorEscena render;

@@ -38,6 +38,7 @@
 // differ.
 
 #include "FederacionGenerada.h"
+#include "ContextoGL.h"
 #include "Medicion.h"
 #include "federation/CargaOBJ.h"
 #include "federation/ContentView.h"
@@ -596,23 +597,9 @@ int main(int argc, char** argv) {
                 encuadre->first.y, encuadre->first.z, encuadre->second);
 
     // An offscreen OpenGL 3.3 context and the view's multisampled framebuffer.
-    QSurfaceFormat formato;
-    formato.setVersion(3, 3);
-    formato.setProfile(QSurfaceFormat::CoreProfile);
-    formato.setDepthBufferSize(24);
-    QOpenGLContext contexto;
-    contexto.setFormat(formato);
-    QOffscreenSurface superficie;
-    if (!contexto.create()) {
-        std::fprintf(stderr, "render: no OpenGL 3.3 core context\n");
-        return 1;
-    }
-    superficie.setFormat(contexto.format());
-    superficie.create();
-    if (!superficie.isValid() || !contexto.makeCurrent(&superficie)) {
-        std::fprintf(stderr, "render: the offscreen surface can't be made current\n");
-        return 1;
-    }
+    ContextoGL gl3;
+    if (!gl3.crear("render")) return 1;
+    QOpenGLContext& contexto = gl3.contexto;
     QOpenGLFunctions* gl = contexto.functions();
     GLint maxTexelsTBO = 0;
     gl->glGetIntegerv(GL_MAX_TEXTURE_BUFFER_SIZE, &maxTexelsTBO);
